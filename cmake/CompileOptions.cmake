@@ -1,0 +1,31 @@
+# Warnings are errors, and every executable is hardened; the sanitizers come from one cache variable.
+add_library(bursaria_options INTERFACE)
+target_compile_options(bursaria_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+# The EC_KEY and ECDSA_SIG families are used on purpose and are marked as old in OpenSSL 3.
+target_compile_definitions(bursaria_options INTERFACE OPENSSL_SUPPRESS_DEPRECATED)
+target_include_directories(bursaria_options INTERFACE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR})
+
+if(NOT BURSARIA_SANITIZE STREQUAL "")
+    if(BURSARIA_SANITIZE STREQUAL "address")
+        set(sanitize_flags -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    elseif(BURSARIA_SANITIZE STREQUAL "thread")
+        set(sanitize_flags -fsanitize=thread -fno-omit-frame-pointer)
+    else()
+        message(FATAL_ERROR "BURSARIA_SANITIZE must be empty, 'address' or 'thread', not '${BURSARIA_SANITIZE}'")
+    endif()
+    target_compile_options(bursaria_options INTERFACE ${sanitize_flags})
+    target_link_options(bursaria_options INTERFACE ${sanitize_flags})
+else()
+    target_compile_options(bursaria_options INTERFACE -fstack-protector-strong)
+    target_compile_definitions(bursaria_options INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
+    if(NOT WIN32)
+        set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+        target_link_options(bursaria_options INTERFACE -pie -Wl,-z,relro,-z,now)
+    endif()
+endif()
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()

@@ -1,0 +1,12 @@
+# The published BIP-39 English word list (data/bip39_english.txt), as the rows of a C++ array of literals.
+set(word_list_file ${CMAKE_SOURCE_DIR}/data/bip39_english.txt)
+file(STRINGS ${word_list_file} words)
+list(LENGTH words word_count)
+if(NOT word_count EQUAL 2048)
+    message(FATAL_ERROR "data/bip39_english.txt must hold 2048 words, it holds ${word_count}")
+endif()
+list(TRANSFORM words REPLACE "(.+)" "\"\\1\",")
+list(JOIN words "\n" rows)
+file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/generated/bip39_english.inc CONTENT "${rows}\n" @ONLY)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${word_list_file})
+target_include_directories(bursaria_options INTERFACE ${CMAKE_BINARY_DIR}/generated)

@@ -1,0 +1,78 @@
+// The whole sandbox: a chain with its world, and every service that the program talks to, on loopback. A library for
+// the tests (free ports) and the body of bursaria-sandbox (the ports of settings/sandbox.json).
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/settings.h"
+#include "sandbox/chain.h"
+#include "sandbox/faults.h"
+#include "sandbox/world.h"
+
+namespace sandbox {
+
+// Ports of the services; 0 takes a free one.
+struct Ports {
+    int woc = 0;
+    int ordinals = 0;   // API and content
+    int arc = 0;
+    int home = 0;       // TLS
+    int resolver = 0;   // TLS with a self-made certificate; -1: not served
+    int control = 0;    // /sandbox/...
+};
+
+struct Options {
+    WorldOptions world;
+    Ports ports;
+    int latency_ms = 0;
+    bool answer_connects = true;  // the stand-in for the wallet program, on a thread of its own
+};
+
+// One request as a service got it.
+struct SeenRequest {
+    std::string service;  // "woc", "ordinals", "arc", "home", "resolver"
+    std::string method;
+    std::string path;
+};
+
+class Sandbox {
+ public:
+    explicit Sandbox(Options options);
+    ~Sandbox();  // stops
+    Sandbox(const Sandbox&) = delete;
+    Sandbox& operator=(const Sandbox&) = delete;
+
+    // Builds the world and opens all ports; false with the reason if a port cannot be taken.
+    bool start(std::string& error);
+    void stop();
+
+    Chain& chain();
+    Directory& directory();
+    Faults& faults();
+    const World& world() const;
+    const Ports& ports() const;
+    // The build's settings with every endpoint pointed at this sandbox.
+    Settings settings_for() const;
+
+    // Which wallet the stand-in hands out: its id, or empty to refuse, or "-" to stay silent.
+    void approve_wallet(const std::string& wallet_id);
+
+    // What the services have seen since the last clear.
+    std::vector<SeenRequest> requests() const;
+    void clear_requests();
+    std::size_t count(const std::string& method, const std::string& path_part) const;
+
+    // The indexer shows only what was there `transactions` transactions ago.
+    void set_index_lag(std::size_t transactions);
+
+ private:
+    struct Body;
+    std::unique_ptr<Body> body_;
+};
+
+}  // namespace sandbox

@@ -1,0 +1,13 @@
+// Short labels for artworks by outpoint, in "/art/tags.json" under the data root, and tags that a sender has sealed
+// inside an inscription. One mutex guards the file. Failures are silent.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// The normalised key of an outpoint text, or empty.
+std::string qv_clasp_art_tag_key(std::string_view outpoint);
+void qv_clasp_art_tag_set(const std::string& outpoint, const std::string& tag);
+std::string qv_clasp_art_tag_get(const std::string& outpoint);
+// Opens a sealed tag given as hexadecimal text; empty if it does not open.
+std::string qv_clasp_open_art_tag(std::string_view hex_blob);

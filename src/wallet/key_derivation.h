@@ -1,0 +1,36 @@
+// BIP-39 seed and BIP-32 private derivation as pure functions of a mnemonic: the word check, the seed and the master,
+// one child step, one path of five elements. What is done with a derived key is the caller's business.
+// Sources: BIP-39 (English word list, no pass phrase), BIP-32.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+#include "wallet/secret.h"
+
+inline constexpr std::uint32_t HARDENED = 0x80000000U;
+
+// Five elements; a hardened one has the top bit set.
+struct QvClaspKeyPath {
+    std::array<std::uint32_t, 5> elements{};
+};
+
+struct QvClaspExtKey {
+    SecretBytes<32> key;
+    SecretBytes<32> chain_code;
+    void wipe() {
+        key.wipe();
+        chain_code.wipe();
+    }
+};
+
+// Twelve words of the list with the right checksum. Words are separated by blanks and tabs only; capitals pass.
+bool mnemonic_words_valid(std::string_view mnemonic);
+
+// PBKDF2 with HMAC-SHA-512 over the text byte for byte, salt "mnemonic", 2048 rounds.
+bool seed_from_mnemonic(std::string_view mnemonic, SecretBytes<64>& seed);
+bool master_from_seed(const SecretBytes<64>& seed, QvClaspExtKey& master);
+
+// One step of private derivation. False, with `child_out` wiped, if the result would be no key.
+bool qv_clasp_ckd_priv(const QvClaspExtKey& parent, std::uint32_t element, QvClaspExtKey& child_out);
