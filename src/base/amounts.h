@@ -1,5 +1,6 @@
-// Amounts of BSV and counts of lots. An amount is a signed 64-bit count of satoshis, negative meaning unknown; a lot
-// count is unsigned decimal text of any length, of which arithmetic reads at most 20 digits. No floating point. Pure.
+// Amounts of BSV and counts of lots. An amount is a signed 64-bit count of satoshis, negative meaning
+// unknown; a lot count is unsigned decimal text of any length, of which arithmetic reads at most 20 digits.
+// No floating point. Pure.
 #pragma once
 
 #include <cstdint>
@@ -28,6 +29,6 @@ bool read_lot_text_strict(std::string_view text, std::uint64_t& lots);
 // Lenient: 0 outside 1 to 20 characters; stops at the first character that is no digit or does not fit.
 std::uint64_t read_lot_text_lenient(std::string_view text);
 
-// Floor of pot times lots divided by payable, exactly; 0 for any text that does not read strictly, a pot below 1, no
-// payable lots or a quotient beyond 63 bits.
+// Floor of pot times lots divided by payable, exactly; 0 for any text that does not read strictly, a pot
+// below 1, no payable lots or a quotient beyond 63 bits.
 std::int64_t pro_rata_sats(std::int64_t pot, std::string_view lots_text, std::string_view payable_text);

@@ -1,5 +1,5 @@
-// The settings of the build: endpoints and fixed values, from one JSON file that is chosen and checked when CMake
-// runs. Read-only for the life of the process, so any thread may read it.
+// The settings of the build: endpoints and fixed values, from one JSON file that is chosen and checked when
+// CMake runs. Read-only for the life of the process, so any thread may read it.
 #pragma once
 
 #include <array>

@@ -1,5 +1,5 @@
-// Small functions on narrow UTF-8 text, and the one place where it is turned into UTF-16 and back. Pure; they know
-// no locale: "letter" and "case" mean ASCII.
+// Small functions on narrow UTF-8 text, and the one place where it is turned into UTF-16 and back. Pure; they
+// know no locale: "letter" and "case" mean ASCII.
 #pragma once
 
 #include <string>

@@ -1,12 +1,14 @@
-// A lock between processes: an exclusive advisory lock on the first byte of a file, held while the object lives.
+// A lock between processes: an exclusive advisory lock on the first byte of a file, held while the object
+// lives.
 #pragma once
 
 #include <string>
 
 class FileLock {
  public:
-    // Opens `path` (UTF-8) for reading and writing, creating an empty file where there is none, and waits without a
-    // limit for the lock. A file that does not open, or a lock that is refused, leaves the object without a lock.
+    // Opens `path` (UTF-8) for reading and writing, creating an empty file where there is none, and waits
+    // without a limit for the lock. A file that does not open, or a lock that is refused, leaves the object
+    // without a lock.
     explicit FileLock(const std::string& path);
     ~FileLock();
     FileLock(const FileLock&) = delete;

@@ -3,12 +3,12 @@
 
 #include <string>
 
-// The folder that holds this program's executable file, without a separator at its end; "." if the system does not
-// tell.
+// The folder that holds this program's executable file, without a separator at its end; "." if the system
+// does not tell.
 std::string program_folder();
 
-// Brings the top-level window of a class forward, restoring it if it is minimised. False where there is none, and
-// always on a system without such windows.
+// Brings the top-level window of a class forward, restoring it if it is minimised. False where there is none,
+// and always on a system without such windows.
 bool bring_window_forward(const std::string& window_class);
 
 // Starts the program at `path` without arguments, in `working_folder`, and does not wait for it.

@@ -1,9 +1,10 @@
-// The per-user folder for application data of the operating system: LOCALAPPDATA where it is set, otherwise the
-// system's own place for it. Nothing is created here. Thread-safe as far as the environment is left alone.
+// The per-user folder for application data of the operating system: LOCALAPPDATA where it is set, otherwise
+// the system's own place for it. Nothing is created here. Thread-safe as far as the environment is left
+// alone.
 #pragma once
 
 #include <string>
 
-// The folder of the family ("Quorvelle") inside the per-user data folder, as UTF-8, in the system's own spelling of
-// a path. Never empty: without any hint from the environment it lies under the working folder.
+// The folder of the family ("Quorvelle") inside the per-user data folder, as UTF-8, in the system's own
+// spelling of a path. Never empty: without any hint from the environment it lies under the working folder.
 std::string family_data_folder();

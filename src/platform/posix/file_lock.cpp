@@ -10,7 +10,8 @@ FileLock::FileLock(const std::string& path) {
     const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
     if (descriptor < 0) return;
     int result = 0;
-    // Open file description locks would do as well; flock has the meaning wanted here: whole, exclusive, blocking.
+    // Open file description locks would do as well; flock has the meaning wanted here: whole, exclusive,
+    // blocking.
     do {
         result = ::flock(descriptor, LOCK_EX);
     } while (result != 0 && errno == EINTR);

@@ -13,7 +13,9 @@ std::string program_folder() {
     return error || !program.has_parent_path() ? "." : program.parent_path().string();
 }
 
-bool bring_window_forward(const std::string&) { return false; }
+bool bring_window_forward(const std::string&) {
+    return false;
+}
 
 // The child is forked twice, so that nobody has to wait for the program that was started.
 static bool start_detached(const char* file, const char* argument, const std::string& working_folder) {
@@ -36,6 +38,10 @@ bool start_program(const std::string& path, const std::string& working_folder) {
     return start_detached(path.c_str(), nullptr, working_folder);
 }
 
-bool open_page(const std::string& url) { return start_detached("xdg-open", url.c_str(), ""); }
+bool open_page(const std::string& url) {
+    return start_detached("xdg-open", url.c_str(), "");
+}
 
-bool stdout_is_terminal() { return ::isatty(STDOUT_FILENO) == 1; }
+bool stdout_is_terminal() {
+    return ::isatty(STDOUT_FILENO) == 1;
+}
