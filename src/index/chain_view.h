@@ -1,5 +1,5 @@
-// A cached view of transactions and spends, read through the chain service. One lock, the chain lock, guards both
-// caches and is never held during a request. Functions block on the network, without the wallet mutex.
+// A cached view of transactions and spends, read through the chain service. One lock, the chain lock, guards
+// both caches and is never held during a request. Functions block on the network, without the wallet mutex.
 #pragma once
 
 #include <cstdint>
@@ -17,6 +17,8 @@ bool qv_clasp_tx_json(const std::string& txid, Json& tx_out);
 SpendStatus qv_clasp_spend_status(const std::string& txid, std::uint32_t vout, std::string& spender_out);
 void qv_clasp_clear_spend_cache();
 
-// Adds the newest transactions of an address that `seen` does not hold yet, until the list has `limit` entries.
-void qv_clasp_history_txids(const std::string& address, const std::string& path, std::vector<std::string>& list_inout,
-                            std::size_t limit, std::unordered_set<std::string>& seen_inout);
+// Adds the newest transactions of an address that `seen` does not hold yet, until the list has `limit`
+// entries.
+void qv_clasp_history_txids(const std::string& address, const std::string& path,
+                            std::vector<std::string>& list_inout, std::size_t limit,
+                            std::unordered_set<std::string>& seen_inout);

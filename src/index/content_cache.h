@@ -1,6 +1,6 @@
-// Inscriptions kept in "/ord_cache" under the data root, one set of files per origin: body, content type, name. They
-// never expire, since an origin's inscription cannot change. Files only; an origin that is not an outpoint text is
-// refused, so nothing from the network can name a file. Thread-safe.
+// Inscriptions kept in "/ord_cache" under the data root, one set of files per origin: body, content type,
+// name. They never expire, since an origin's inscription cannot change. Files only; an origin that is not an
+// outpoint text is refused, so nothing from the network can name a file. Thread-safe.
 #pragma once
 
 #include <string>

@@ -5,8 +5,8 @@
 #include <vector>
 
 struct HolderRow {
-    std::string who;     // paymail where an alias is known, otherwise the address
-    std::string dest;    // P2PKH address to pay; empty: nobody can be paid here; always empty on a reserve row
+    std::string who;   // paymail where an alias is known, otherwise the address
+    std::string dest;  // P2PKH address to pay; empty: nobody can be paid here; always empty on a reserve row
     std::string pubkey;  // lower-case hexadecimal identity key; empty where none is known
     std::string lots;
     bool reserve = false;  // the row belongs to the connected wallet itself

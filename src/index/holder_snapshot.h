@@ -1,6 +1,6 @@
-// The snapshot of a token's holders: who holds how many lots now, which are the wallet's own, and where each holder
-// would be paid. Blocks on the network, without the wallet mutex; the wallet may be switched meanwhile, and the
-// snapshot then ends with "error: wallet changed.".
+// The snapshot of a token's holders: who holds how many lots now, which are the wallet's own, and where each
+// holder would be paid. Blocks on the network, without the wallet mutex; the wallet may be switched
+// meanwhile, and the snapshot then ends with "error: wallet changed.".
 #pragma once
 
 #include <string>

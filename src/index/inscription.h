@@ -1,6 +1,6 @@
-// What a 1Sat output carries: the inscription envelope in a locking script, and the BSV-20 record in its body.
-// All reading is tolerant: what does not fit gives a negative result. Pure apart from read_ord_output, which keeps
-// bodies in the content cache. Sources: 1Sat Ordinals (envelope), BSV-20/BSV-21 (body).
+// What a 1Sat output carries: the inscription envelope in a locking script, and the BSV-20 record in its
+// body. All reading is tolerant: what does not fit gives a negative result. Pure apart from read_ord_output,
+// which keeps bodies in the content cache. Sources: 1Sat Ordinals (envelope), BSV-20/BSV-21 (body).
 #pragma once
 
 #include <cstdint>

@@ -23,7 +23,8 @@ struct HolderTxo {
 };
 
 // The unspent outputs of a token, as far as 256 steps reach.
-void qv_clasp_trace_token_rows(const std::string& token_id, std::vector<HolderTxo>& rows, std::uint64_t generation);
+void qv_clasp_trace_token_rows(const std::string& token_id, std::vector<HolderTxo>& rows,
+                               std::uint64_t generation);
 // The same for outputs of watch addresses only, within 48 steps; climbs to the deploy only if `climb` is set.
 void qv_clasp_trace_owned(const std::string& origin, const std::vector<std::string>& watch,
                           std::vector<LocalOrd>& found_inout, bool climb, std::uint64_t generation);

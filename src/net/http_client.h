@@ -1,6 +1,7 @@
-// All HTTP traffic of the wallet library: three blocking calls over libcurl. Each makes its own handle, so any number
-// of threads may call at once; no state is kept between calls, and no call is made on the window's thread or with a
-// registry lock held. The error text that a call gives is a finished sentence for the user. Nothing throws.
+// All HTTP traffic of the wallet library: three blocking calls over libcurl. Each makes its own handle, so
+// any number of threads may call at once; no state is kept between calls, and no call is made on the window's
+// thread or with a registry lock held. The error text that a call gives is a finished sentence for the user.
+// Nothing throws.
 #pragma once
 
 #include <cstddef>
@@ -11,18 +12,19 @@
 void qv_clasp_http_start();
 void qv_clasp_http_stop();
 
-// GET. `timeout_s` below 2 counts as 2. A 429 is tried again after 400, 800 and 1600 ms; with `accept_404` a 404 is a
-// success. `body_out` keeps what came, also after a failed status; `error_out` is empty after a success.
+// GET. `timeout_s` below 2 counts as 2. A 429 is tried again after 400, 800 and 1600 ms; with `accept_404` a
+// 404 is a success. `body_out` keeps what came, also after a failed status; `error_out` is empty after a
+// success.
 bool qv_clasp_http_get(const std::string& url, std::string& body_out, std::string& error_out, int timeout_s,
                        bool accept_404 = false);
 
-// POST of a JSON body; redirects are not followed. Up to `tries` attempts, on a 429 only; with fewer than one nothing
-// is sent and the error is the 429 sentence.
+// POST of a JSON body; redirects are not followed. Up to `tries` attempts, on a 429 only; with fewer than one
+// nothing is sent and the error is the 429 sentence.
 bool qv_clasp_http_post_json(const std::string& url, const std::string& json_body, std::string& body_out,
                              std::string& error_out, unsigned timeout_s, int tries);
 
-// GET for paymail look-ups: 12 seconds, no retry, no user agent; a URL on https://127.0.0.1 or https://localhost is
-// fetched without certificate checks, for a resolver under development.
+// GET for paymail look-ups: 12 seconds, no retry, no user agent; a URL on https://127.0.0.1 or
+// https://localhost is fetched without certificate checks, for a resolver under development.
 bool qv_clasp_http_get_plain(const std::string& url, std::string& body_out, std::string& error_out);
 
 // The normalised sentence for a status outside the accepted range.

@@ -20,14 +20,19 @@ std::string paymail_claim_message(const PaymailClaim& claim);
 // The JSON body that is posted, on one line.
 std::string paymail_claim_body(const PaymailClaim& claim, const std::string& signature);
 
+// Emits the event of kind "paymail": the name with the family's domain, or no field for an empty name.
+void qv_clasp_emit_paymail(const std::string& paymail);
+
 // The wallet document and the local registry agree on the paymail afterwards. Callers hold the wallet mutex.
 void qv_clasp_sync_paymail();
 // The registry's avatars follow the session; empty on success. Callers hold the wallet mutex.
 std::string qv_clasp_sync_avatar();
 
-// Signs and posts a claim; empty on success, else the error text. Blocks on the network, without the wallet mutex.
-std::string qv_clasp_claim_paymail(const std::string& alias, const std::string& pubkey, const std::string& address,
-                                   const std::string& avatar, const std::string& ord_address);
+// Signs and posts a claim; empty on success, else the error text. Blocks on the network, without the wallet
+// mutex.
+std::string qv_clasp_claim_paymail(const std::string& alias, const std::string& pubkey,
+                                   const std::string& address, const std::string& avatar,
+                                   const std::string& ord_address);
 // The same unless this very claim has succeeded before in this process.
 void qv_clasp_claim_once(const std::string& paymail, const std::string& pubkey, const std::string& address,
                          const std::string& avatar, const std::string& ord_address);

@@ -1,5 +1,5 @@
-// Short labels for artworks by outpoint, in "/art/tags.json" under the data root, and tags that a sender has sealed
-// inside an inscription. One mutex guards the file. Failures are silent.
+// Short labels for artworks by outpoint, in "/art/tags.json" under the data root, and tags that a sender has
+// sealed inside an inscription. One mutex guards the file. Failures are silent.
 #pragma once
 
 #include <string>

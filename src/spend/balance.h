@@ -1,5 +1,5 @@
-// The spendable balance as the records have it, and a figure that does not jump around a payment. Callers hold the
-// wallet mutex unless stated. No network.
+// The spendable balance as the records have it, and a figure that does not jump around a payment. Callers
+// hold the wallet mutex unless stated. No network.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Getting one signed transaction onto the network. No service's word is trusted by itself: it is done when the chain
-// service shows the transaction. Runs with the wallet mutex held, network waits included.
+// Getting one signed transaction onto the network. No service's word is trusted by itself: it is done when
+// the chain service shows the transaction. Runs with the wallet mutex held, network waits included.
 #pragma once
 
 #include <string>
@@ -8,10 +8,11 @@
 
 #include "spend/transaction.h"
 
-// "success: " and the txid, or a text that begins with "error: ". `txid_out` has the computed txid before anything is
-// sent.
-std::string qv_clasp_broadcast(const std::vector<QvClaspCoin>& coins, const std::vector<QvClaspTxOutput>& outputs,
-                               const Hash160& change_hash160, std::string& txid_out);
+// "success: " and the txid, or a text that begins with "error: ". `txid_out` has the computed txid before
+// anything is sent.
+std::string qv_clasp_broadcast(const std::vector<QvClaspCoin>& coins,
+                               const std::vector<QvClaspTxOutput>& outputs, const Hash160& change_hash160,
+                               std::string& txid_out);
 
 struct BroadcastContext {
     const std::vector<QvClaspCoin>& coins;

@@ -1,8 +1,8 @@
-// The judgement of which coins may be spent, and the candidates of one send in a fixed order. A rejected coin is
-// skipped without a word: the list is only shorter.
+// The judgement of which coins may be spent, and the candidates of one send in a fixed order. A rejected coin
+// is skipped without a word: the list is only shorter.
 //
-// Callers hold the wallet mutex. qv_clasp_refresh_coins and qv_clasp_resync_from_index release the lock they are
-// handed for their network reads and take it back; the lock must be the caller's only hold on the mutex.
+// Callers hold the wallet mutex. qv_clasp_refresh_coins and qv_clasp_resync_from_index release the lock they
+// are handed for their network reads and take it back; the lock must be the caller's only hold on the mutex.
 #pragma once
 
 #include <cstdint>
@@ -26,8 +26,8 @@ struct QvClaspCoin {
     Hash160 hash160{};
 };
 
-// The addresses that can hold spendable coins, each once: receive chain, identity, and the house oracles whose key is
-// in this wallet; in a legacy wallet the one address, and those oracles.
+// The addresses that can hold spendable coins, each once: receive chain, identity, and the house oracles
+// whose key is in this wallet; in a legacy wallet the one address, and those oracles.
 std::vector<std::string> qv_clasp_spend_addresses();
 
 // One address on its way from the services into the records.
@@ -39,16 +39,18 @@ struct QvClaspAddressRead {
     OutpointSet ordinals;
     bool ordinals_ok = false;
 };
-// Reads all addresses at once, without the wallet mutex; stops starting when the generation moves. `with_ordinals`
-// asks the index as well.
-void qv_clasp_read_addresses(std::vector<QvClaspAddressRead>& reads, bool with_ordinals, std::uint64_t generation);
+// Reads all addresses at once, without the wallet mutex; stops starting when the generation moves.
+// `with_ordinals` asks the index as well.
+void qv_clasp_read_addresses(std::vector<QvClaspAddressRead>& reads, bool with_ordinals,
+                             std::uint64_t generation);
 // Stores the reads: coins into the cache, pending coins pruned, ordinal rows replaced.
 void qv_clasp_commit_reads(std::vector<QvClaspAddressRead>& reads);
 
 // Reads the spend addresses whose cached coins are stale. False with "no wallet" or "wallet changed.".
 bool qv_clasp_refresh_coins(WalletLock& wallet_lock, std::string& error_out);
 // The candidates, pending change first. False if there is none.
-bool qv_clasp_collect_coins(std::vector<QvClaspCoin>& coins_out, std::int64_t& total_out, std::string& error_out);
+bool qv_clasp_collect_coins(std::vector<QvClaspCoin>& coins_out, std::int64_t& total_out,
+                            std::string& error_out);
 
 struct CoinAdmission {
     std::vector<QvClaspCoin>* coins = nullptr;
@@ -60,8 +62,8 @@ void qv_clasp_admit_coin(CoinAdmission& context, const QvClaspUtxo& utxo, const 
 
 // After "missing inputs": the index is asked what is unspent, and believed.
 void qv_clasp_resync_from_index(WalletLock& wallet_lock);
-// Reads a transaction back and takes its outputs to this wallet as pending coins. Blocks on the network under the
-// mutex.
+// Reads a transaction back and takes its outputs to this wallet as pending coins. Blocks on the network under
+// the mutex.
 bool qv_clasp_ingest_own_outputs(const std::string& txid);
 
 // Where change goes. False with the error text if every address is a house oracle.

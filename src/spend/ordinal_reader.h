@@ -1,5 +1,5 @@
-// What the token indexer says of an address: which of its outputs carry an ordinal or a token, and which are plain
-// coins. Blocking network reads without the wallet mutex.
+// What the token indexer says of an address: which of its outputs carry an ordinal or a token, and which are
+// plain coins. Blocking network reads without the wallet mutex.
 #pragma once
 
 #include <string>

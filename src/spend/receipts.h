@@ -1,6 +1,7 @@
-// The paymail receipt: delivers a sent transaction to the receiver's host as a signed message. The table of expected
-// deliveries is filled by hosts of this library that pay through such a flow; here it stays empty. Failures are
-// silent: a receipt never stops a send. The table's mutex is never held together with the wallet mutex.
+// The paymail receipt: delivers a sent transaction to the receiver's host as a signed message. The table of
+// expected deliveries is filled by hosts of this library that pay through such a flow; here it stays empty.
+// Failures are silent: a receipt never stops a send. The table's mutex is never held together with the wallet
+// mutex.
 #pragma once
 
 #include <cstdint>
@@ -31,4 +32,5 @@ void qv_clasp_queue_receipt(const std::string& raw_hex, const std::string& txid,
 void qv_clasp_deliver_receipts(const QvClaspReceiptJob& job);
 
 // A signed message of 65 bytes in Base64, from which the public key can be recovered; empty on failure.
-std::string sign_recoverable_message(std::string_view priv_hex, std::string_view pub_hex, std::string_view text);
+std::string sign_recoverable_message(std::string_view priv_hex, std::string_view pub_hex,
+                                     std::string_view text);

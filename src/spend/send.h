@@ -1,5 +1,5 @@
-// The one entry for paying out satoshis. Takes the wallet mutex and holds it to the end, except for the coin reads.
-// Blocks on the network; call it on a worker thread.
+// The one entry for paying out satoshis. Takes the wallet mutex and holds it to the end, except for the coin
+// reads. Blocks on the network; call it on a worker thread.
 #pragma once
 
 #include <cstdint>
@@ -11,6 +11,6 @@ std::string qv_clasp_send(const std::string& dest, std::int64_t sats, const std:
 // The text says that some input is already taken.
 bool is_conflict_text(std::string_view text);
 
-// The miner fee of one such send as things stand now; -1 without a wallet, -2 without coins that could be read.
-// Many calls in a row share one read of the coins.
+// The miner fee of one such send as things stand now; -1 without a wallet, -2 without coins that could be
+// read. Many calls in a row share one read of the coins.
 std::int64_t qv_clasp_estimate_send_fee(const std::string& dest, std::int64_t sats);

@@ -1,6 +1,6 @@
-// What a transaction that the network shows changes in the records: its coins are spent, its outputs to this wallet
-// are pending coins, in memory, in the cache and on disk, so that the next send finds them before any indexer has.
-// Callers hold the wallet mutex.
+// What a transaction that the network shows changes in the records: its coins are spent, its outputs to this
+// wallet are pending coins, in memory, in the cache and on disk, so that the next send finds them before any
+// indexer has. Callers hold the wallet mutex.
 #pragma once
 
 #include <string>

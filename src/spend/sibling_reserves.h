@@ -1,5 +1,6 @@
-// Coins that sibling applications of the family have set aside: their reserve files and offer locks under the data
-// root. Read anew for each question; a missing or unreadable file reserves nothing. Callers hold the wallet mutex.
+// Coins that sibling applications of the family have set aside: their reserve files and offer locks under the
+// data root. Read anew for each question; a missing or unreadable file reserves nothing. Callers hold the
+// wallet mutex.
 #pragma once
 
 #include <cstdint>

@@ -1,10 +1,11 @@
-// What the program knows of its coins without asking anyone: spent outpoints, change not yet seen on the chain, what
-// the index last said of an address, the coins last read of an address, and the last transactions. These records
-// live and die with the session; two of them are kept in files per wallet as well. No network here.
+// What the program knows of its coins without asking anyone: spent outpoints, change not yet seen on the
+// chain, what the index last said of an address, the coins last read of an address, and the last
+// transactions. These records live and die with the session; two of them are kept in files per wallet as
+// well. No network here.
 //
-// Callers hold the wallet mutex. An outpoint key is the lower-case txid, ":", the decimal output number; every set is
-// asked for both byte orders of the txid, since services print either. A record file that does not parse counts as
-// empty. Nothing is written under the scope key "wallet" or an empty one.
+// Callers hold the wallet mutex. An outpoint key is the lower-case txid, ":", the decimal output number;
+// every set is asked for both byte orders of the txid, since services print either. A record file that does
+// not parse counts as empty. Nothing is written under the scope key "wallet" or an empty one.
 #pragma once
 
 #include <cstdint>
@@ -74,8 +75,8 @@ struct QvClaspCoinRecords {
     std::vector<QvClaspCoinCacheRow> coin_cache;
     std::string last_sent_txid;
     std::string last_broadcast_txid;
-    // When the last payment was recorded, and from which addresses coins were spent at what time: the status report
-    // does not let a service that has not seen the payment overwrite what is known.
+    // When the last payment was recorded, and from which addresses coins were spent at what time: the status
+    // report does not let a service that has not seen the payment overwrite what is known.
     std::int64_t last_send_at_ns = 0;
     std::vector<std::pair<std::string, std::int64_t>> spent_from;
 };
@@ -96,8 +97,8 @@ bool qv_clasp_is_pending(std::string_view txid, std::uint32_t vout);
 
 // What the index said of an address; replaces every older row of it.
 void qv_clasp_ord_store(const std::string& address, const OutpointSet& outpoints, bool read_ok);
-// The coin is taken for an ordinal, by the fresh row of its address. Without a fresh and good row every coin of
-// exactly one satoshi is.
+// The coin is taken for an ordinal, by the fresh row of its address. Without a fresh and good row every coin
+// of exactly one satoshi is.
 bool qv_clasp_is_ordinal_at(const std::string& address, const QvClaspUtxo& utxo);
 // The same for a coin without an address: any row, at any age.
 bool qv_clasp_is_ordinal_anywhere(const QvClaspUtxo& utxo);
@@ -106,13 +107,13 @@ bool qv_clasp_is_ordinal_anywhere(const QvClaspUtxo& utxo);
 QvClaspCoinCacheRow* qv_clasp_cache_row(const std::string& address);
 // The row is valid and less than 8 seconds old.
 bool qv_clasp_cache_fresh(const std::string& address);
-// Stores a read. A failed one adds an invalid row at most; a good one is merged with pending coins of the address
-// and, if `keep_old` is set, with the row's old coins.
+// Stores a read. A failed one adds an invalid row at most; a good one is merged with pending coins of the
+// address and, if `keep_old` is set, with the row's old coins.
 void qv_clasp_cache_store(const std::string& address, const std::vector<QvClaspUtxo>& utxos, bool read_ok,
                           bool keep_old);
 // Makes every row stale at once; the coins stay.
 void qv_clasp_expire_cache();
 void qv_clasp_prune_spent_from_cache();
-// Drops the pending coins of an address that are spent, or that a complete fresh read does not show, except those of
-// the last transaction sent.
+// Drops the pending coins of an address that are spent, or that a complete fresh read does not show, except
+// those of the last transaction sent.
 void qv_clasp_prune_pending(const std::string& address, const std::vector<QvClaspUtxo>& fresh);

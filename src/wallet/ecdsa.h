@@ -1,5 +1,5 @@
-// Public keys and signatures on secp256k1, over OpenSSL. Signatures are low-S; the nonce is drawn by OpenSSL, so two
-// signatures of one digest differ. Pure; intermediate numbers are cleared and freed on every path.
+// Public keys and signatures on secp256k1, over OpenSSL. Signatures are low-S; the nonce is drawn by OpenSSL,
+// so two signatures of one digest differ. Pure; intermediate numbers are cleared and freed on every path.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +9,8 @@
 #include "base/bytes.h"
 #include "wallet/secret.h"
 
-// The compressed public key, as 66 hexadecimal characters, of a private key of 64; false, with empty output, for a
-// text of another length or a number that is no key.
+// The compressed public key, as 66 hexadecimal characters, of a private key of 64; false, with empty output,
+// for a text of another length or a number that is no key.
 bool qv_clasp_pub_from_priv(std::string_view priv_hex, std::string& pub_hex_out);
 
 // The DER form of a signature over a 32-byte digest.
@@ -20,6 +20,7 @@ bool qv_clasp_ecdsa_sign(std::string_view priv_hex, const Hash256& digest32, Byt
 bool qv_clasp_ecdsa_sign_compact(std::string_view priv_hex, const Hash256& digest32,
                                  std::array<std::uint8_t, 64>& rs_out);
 
-// The digest of a "Bitcoin Signed Message": double SHA-256 of the byte 24, the magic text, the length and the text.
-// The length is one byte below 253, otherwise the byte 253 and two bytes, low byte first; no longer form exists.
+// The digest of a "Bitcoin Signed Message": double SHA-256 of the byte 24, the magic text, the length and the
+// text. The length is one byte below 253, otherwise the byte 253 and two bytes, low byte first; no longer
+// form exists.
 Hash256 bitcoin_message_digest(std::string_view text);

@@ -1,6 +1,6 @@
-// BIP-39 seed and BIP-32 private derivation as pure functions of a mnemonic: the word check, the seed and the master,
-// one child step, one path of five elements. What is done with a derived key is the caller's business.
-// Sources: BIP-39 (English word list, no pass phrase), BIP-32.
+// BIP-39 seed and BIP-32 private derivation as pure functions of a mnemonic: the word check, the seed and the
+// master, one child step, one path of five elements. What is done with a derived key is the caller's
+// business. Sources: BIP-39 (English word list, no pass phrase), BIP-32.
 #pragma once
 
 #include <array>
@@ -25,7 +25,8 @@ struct QvClaspExtKey {
     }
 };
 
-// Twelve words of the list with the right checksum. Words are separated by blanks and tabs only; capitals pass.
+// Twelve words of the list with the right checksum. Words are separated by blanks and tabs only; capitals
+// pass.
 bool mnemonic_words_valid(std::string_view mnemonic);
 
 // PBKDF2 with HMAC-SHA-512 over the text byte for byte, salt "mnemonic", 2048 rounds.

@@ -1,5 +1,5 @@
-// Text and bytes that wipe themselves. Mnemonics, private keys, seeds and chain codes live in these types only; every
-// buffer that they ever used is overwritten with OPENSSL_cleanse before its memory is given back.
+// Text and bytes that wipe themselves. Mnemonics, private keys, seeds and chain codes live in these types
+// only; every buffer that they ever used is overwritten with OPENSSL_cleanse before its memory is given back.
 #pragma once
 
 #include <array>

@@ -1,5 +1,5 @@
-// Keys of the loaded session: the fixed derivation paths, the current addresses, the look-up of a key by address and
-// the signatures of the identity. Callers hold the wallet mutex unless stated.
+// Keys of the loaded session: the fixed derivation paths, the current addresses, the look-up of a key by
+// address and the signatures of the identity. Callers hold the wallet mutex unless stated.
 //
 // Paths: receive m/44'/236'/1'/0/i, ordinals m/44'/236'/5'/0/i, ordinals change m/44'/236'/5'/1/i, identity
 // m/44'/236'/100'/0/0, BN key m/44'/236'/102'/0/0, any account m/44'/236'/a'/0/i for a from 0 to 5.
@@ -39,7 +39,8 @@ bool qv_clasp_find_key(const std::string& address, SecretText& priv_hex_out, std
 // The same question without the key.
 bool qv_clasp_owns_address(const std::string& address);
 
-// Signs a text as the identity; takes the wallet mutex itself. `signature_out` is Base64 of r and s (88 characters).
+// Signs a text as the identity; takes the wallet mutex itself. `signature_out` is Base64 of r and s (88
+// characters).
 bool qv_clasp_sign_identity(std::string_view text, std::string& pubkey_hex_out, std::string& signature_out,
                             std::string& error_out);
 // The identity's second published key; takes the wallet mutex itself.

@@ -1,7 +1,9 @@
-// The wallet document: the JSON file in which a wallet lives, written by the wallet program and by this library.
+// The wallet document: the JSON file in which a wallet lives, written by the wallet program and by this
+// library.
 //
-// Callers hold the wallet mutex unless stated. Nothing guards the file between processes: the last writer wins, and a
-// half-written file is a failed load. The document's own `version`, `identity` and `address` are never trusted.
+// Callers hold the wallet mutex unless stated. Nothing guards the file between processes: the last writer
+// wins, and a half-written file is a failed load. The document's own `version`, `identity` and `address` are
+// never trusted.
 #pragma once
 
 #include <string>
@@ -16,12 +18,15 @@ std::string qv_clasp_document_path();
 bool qv_clasp_load();
 // Writes the session over the document.
 bool qv_clasp_save();
-// Raises the session to what the file now says: counters only grow, the avatar follows, a paymail is taken over.
+// Raises the session to what the file now says: counters only grow, the avatar follows, a paymail is taken
+// over.
 void qv_clasp_reconcile();
-// For the first paint: address, paymail with its domain, and form, without loading keys. Takes the wallet mutex.
+// For the first paint: address, paymail with its domain, and form, without loading keys. Takes the wallet
+// mutex.
 bool qv_clasp_summary(std::string& address_out, std::string& paymail_out, bool& hd_out);
 
 // The rows of `ord_owned` of a document that is not loaded as a wallet; rows without an origin are left out.
 std::vector<LocalOrd> read_ord_owned(const Json& document);
-// The documents of all other wallets: those of the registry, those detached under the data root, those parked.
+// The documents of all other wallets: those of the registry, those detached under the data root, those
+// parked.
 std::vector<std::string> qv_clasp_other_document_paths();

@@ -1,8 +1,9 @@
 // wallets.json, the registry of all wallets of the family, its lock and the migration from the old layout.
 //
-// The lock has two layers: a recursive mutex of the process, and an exclusive lock on "wallets.lock", taken once for
-// nested holds; a lock file that does not open leaves the mutex alone. It is never held across a network call. It may
-// be taken while the wallet mutex is held, never the other way round. A registry that does not parse reads as empty.
+// The lock has two layers: a recursive mutex of the process, and an exclusive lock on "wallets.lock", taken
+// once for nested holds; a lock file that does not open leaves the mutex alone. It is never held across a
+// network call. It may be taken while the wallet mutex is held, never the other way round. A registry that
+// does not parse reads as empty.
 #pragma once
 
 #include <string>

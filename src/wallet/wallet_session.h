@@ -1,7 +1,8 @@
-// The one wallet session of the process: the loaded wallet, its keys and its counters, and the mutex that guards it.
+// The one wallet session of the process: the loaded wallet, its keys and its counters, and the mutex that
+// guards it.
 //
-// The wallet mutex is recursive and guards everything here and in coin_records.h. Order of locks: scan mutex, wallet
-// mutex, registry mutex or name registry mutex, sink mutex. Whoever leaves it for the network reads
+// The wallet mutex is recursive and guards everything here and in coin_records.h. Order of locks: scan mutex,
+// wallet mutex, registry mutex or name registry mutex, sink mutex. Whoever leaves it for the network reads
 // qv_clasp_scope_key and qv_clasp_generation first and compares them on return.
 #pragma once
 
@@ -69,8 +70,8 @@ struct QvClaspSession {
 };
 
 using WalletLock = std::unique_lock<std::recursive_mutex>;
-// Takes the wallet mutex. The holder may release it and take it back; a function that releases a lock it was handed
-// says so, and then needs to be its only hold on this thread.
+// Takes the wallet mutex. The holder may release it and take it back; a function that releases a lock it was
+// handed says so, and then needs to be its only hold on this thread.
 WalletLock qv_clasp_lock_wallet();
 
 // The session. Callers hold the wallet mutex.
@@ -80,12 +81,12 @@ QvClaspSession& qv_clasp_session();
 // Callers hold the wallet mutex.
 void qv_clasp_wipe_session();
 
-// The prefix of per-wallet file names, and the test for a changed wallet: the active wallet id, else the identity
-// address, else the address; letters and digits stay, every other byte is "_"; "wallet" for nothing; at most 80
-// bytes. Callers hold the wallet mutex.
+// The prefix of per-wallet file names, and the test for a changed wallet: the active wallet id, else the
+// identity address, else the address; letters and digits stay, every other byte is "_"; "wallet" for nothing;
+// at most 80 bytes. Callers hold the wallet mutex.
 std::string qv_clasp_scope_key();
 
-// "The wallet's picture of its coins has moved on": begins at 1; rises when the session is wiped and when a payment
-// is recorded. Any thread may read it.
+// "The wallet's picture of its coins has moved on": begins at 1; rises when the session is wiped and when a
+// payment is recorded. Any thread may read it.
 std::uint64_t qv_clasp_generation();
 void qv_clasp_raise_generation();
