@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+struct curl_slist;
+
 // Once at start-up, before any worker thread, and once at the end.
 void qv_clasp_http_start();
 void qv_clasp_http_stop();
@@ -26,6 +28,11 @@ bool qv_clasp_http_post_json(const std::string& url, const std::string& json_bod
 // GET for paymail look-ups: 12 seconds, no retry, no user agent; a URL on https://127.0.0.1 or
 // https://localhost is fetched without certificate checks, for a resolver under development.
 bool qv_clasp_http_get_plain(const std::string& url, std::string& body_out, std::string& error_out);
+
+// For a URL that names the family's host: makes the curl handle reach that host at its fixed address, without
+// a name look-up, and returns the list that the caller frees after the handle. Null for any other URL, and
+// while no address is pinned.
+curl_slist* qv_clasp_http_pin_home_host(void* handle, const std::string& url);
 
 // The normalised sentence for a status outside the accepted range.
 std::string qv_clasp_http_error_text(long status, std::string_view body);
