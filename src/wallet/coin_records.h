@@ -9,9 +9,11 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "base/bytes.h"
@@ -26,9 +28,13 @@ struct QvClaspUtxo {
 
 // 64-bit FNV-1a.
 struct OutpointKeyHash {
+    using is_transparent = void;
     std::size_t operator()(std::string_view key) const;
 };
-using OutpointSet = std::unordered_set<std::string, OutpointKeyHash>;
+using OutpointSet = std::unordered_set<std::string, OutpointKeyHash, std::equal_to<>>;
+
+// More than all coins there will ever be: an amount above this is no amount.
+inline constexpr std::int64_t MOST_SATS = 2'100'000'000'000'000;
 
 std::string qv_clasp_outpoint_key(std::string_view txid, std::uint32_t vout);
 // The txid with its 32 byte pairs in reverse order, lower-case; empty unless it has 64 characters.
@@ -88,9 +94,13 @@ bool qv_clasp_is_spent(std::string_view txid, std::uint32_t vout);
 void qv_clasp_mark_spent(std::string_view txid, std::uint32_t vout);
 // The same for several outpoints with one reload and one write.
 void qv_clasp_mark_all_spent(const std::vector<QvClaspUtxo>& coins);
+// Takes coins that a more credible source shows unspent out of the set, after a reload; writes the file if
+// that changed anything.
+void qv_clasp_unmark_spent(const std::vector<QvClaspUtxo>& coins);
 void qv_clasp_load_spent();
 void qv_clasp_save_spent();
-// Rebuilds the pending coins from the file; their keys are found again through their addresses.
+// Rebuilds the pending coins from the file; their keys are found again through their addresses. A coin that
+// no key of this wallet opens is left out.
 void qv_clasp_load_change();
 void qv_clasp_save_change();
 bool qv_clasp_is_pending(std::string_view txid, std::uint32_t vout);
