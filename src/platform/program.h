@@ -11,10 +11,11 @@ std::string program_folder();
 // and always on a system without such windows.
 bool bring_window_forward(const std::string& window_class);
 
-// Starts the program at `path` without arguments, in `working_folder`, and does not wait for it.
+// Starts the program at `path` without arguments, in `working_folder`, and does not wait for it. False if
+// there is no such program, or the system would not run it.
 bool start_program(const std::string& path, const std::string& working_folder);
 
-// Shows a web page in the user's browser.
+// Shows a web page in the user's browser; false if the system has no means to.
 bool open_page(const std::string& url);
 
 // True if the process's standard output goes to a terminal.

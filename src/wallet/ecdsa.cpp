@@ -28,16 +28,26 @@ const EC_GROUP* curve() {
     return group.get();
 }
 
-// The private number of a hexadecimal text; null unless it lies from 1 to the order minus 1.
-Owned<BIGNUM> private_number(std::string_view priv_hex) {
-    SecretBytes<32> bytes;
-    if (priv_hex.size() != 64 || !curve()) return nullptr;
-    if (!qv_clasp_hex_decode_into(priv_hex, bytes.data(), bytes.size())) return nullptr;
-    Owned<BIGNUM> number(BN_bin2bn(bytes.data(), static_cast<int>(bytes.size()), nullptr));
-    if (!number || BN_is_zero(number.get())) return nullptr;
-    if (BN_cmp(number.get(), EC_GROUP_get0_order(curve())) >= 0) return nullptr;
+// The number of 32 bytes, or null if it is not below the order.
+Owned<BIGNUM> number_below_order(const std::uint8_t* bytes32) {
+    if (!curve()) return nullptr;
+    Owned<BIGNUM> number(BN_bin2bn(bytes32, 32, nullptr));
+    if (!number || BN_cmp(number.get(), EC_GROUP_get0_order(curve())) >= 0) return nullptr;
     BN_set_flags(number.get(), BN_FLG_CONSTTIME);
     return number;
+}
+
+// The private number of 32 bytes; null unless it lies from 1 to the order minus 1.
+Owned<BIGNUM> private_number(const std::uint8_t* bytes32) {
+    Owned<BIGNUM> number = number_below_order(bytes32);
+    if (number && BN_is_zero(number.get())) number.reset();
+    return number;
+}
+
+Owned<BIGNUM> private_number(std::string_view priv_hex) {
+    SecretBytes<32> bytes;
+    if (!qv_clasp_hex_decode_into(priv_hex, bytes.data(), bytes.size())) return nullptr;
+    return private_number(bytes.data());
 }
 
 bool compressed_point(const BIGNUM& number, std::array<std::uint8_t, 33>& pub) {
@@ -83,6 +93,26 @@ bool qv_clasp_pub_from_priv(std::string_view priv_hex, std::string& pub_hex_out)
     if (!number || !compressed_point(*number, pub)) return false;
     pub_hex_out = qv_clasp_hex_encode(pub);
     return true;
+}
+
+bool compressed_public_key(const SecretBytes<32>& priv, std::array<std::uint8_t, 33>& pub_out) {
+    const Owned<BIGNUM> number = private_number(priv.data());
+    if (number && compressed_point(*number, pub_out)) return true;
+    pub_out.fill(0);
+    return false;
+}
+
+bool add_to_private_key(const SecretBytes<32>& priv, const std::uint8_t* number32, SecretBytes<32>& sum_out) {
+    const Owned<BIGNUM> key = private_number(priv.data());
+    const Owned<BIGNUM> number = number_below_order(number32);
+    const Owned<BIGNUM> sum(BN_new());
+    const BIGNUM* order = curve() ? EC_GROUP_get0_order(curve()) : nullptr;
+    if (key && number && sum && BN_mod_add_quick(sum.get(), key.get(), number.get(), order) == 1 &&
+        !BN_is_zero(sum.get()) && BN_bn2binpad(sum.get(), sum_out.data(), 32) == 32) {
+        return true;
+    }
+    sum_out.wipe();
+    return false;
 }
 
 bool qv_clasp_ecdsa_sign(std::string_view priv_hex, const Hash256& digest32, Bytes& der_out) {

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 #include "wallet/secret.h"
@@ -35,3 +36,20 @@ bool master_from_seed(const SecretBytes<64>& seed, QvClaspExtKey& master);
 
 // One step of private derivation. False, with `child_out` wiped, if the result would be no key.
 bool qv_clasp_ckd_priv(const QvClaspExtKey& parent, std::uint32_t element, QvClaspExtKey& child_out);
+
+// The public key of an extended key, compressed.
+using PublicKey = std::array<std::uint8_t, 33>;
+bool public_key_of(const QvClaspExtKey& key, PublicKey& pub_out);
+
+// The same step for one who knows the parent's public key already: a normal element then costs no curve
+// arithmetic.
+bool ckd_priv_below(const QvClaspExtKey& parent, const PublicKey& parent_pub, std::uint32_t element,
+                    QvClaspExtKey& child_out);
+
+// Several steps, one after the other; every key in between is wiped. False, with `end_out` wiped, if one
+// fails.
+bool ckd_priv_path(const QvClaspExtKey& start, std::span<const std::uint32_t> elements,
+                   QvClaspExtKey& end_out);
+
+// The key as 64 lower-case hexadecimal characters; no copy is made elsewhere.
+void private_key_hex(const SecretBytes<32>& key, SecretText& hex_out);

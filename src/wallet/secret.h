@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,7 +18,7 @@ struct CleansingAllocator {
     using value_type = T;
     CleansingAllocator() = default;
     template <typename U>
-    CleansingAllocator(const CleansingAllocator<U>&) {}
+    CleansingAllocator(const CleansingAllocator<U>&) noexcept {}
     T* allocate(std::size_t count) { return std::allocator<T>().allocate(count); }
     void deallocate(T* memory, std::size_t count) {
         cleanse_memory(memory, count * sizeof(T));
@@ -35,14 +36,20 @@ class SecretText {
     explicit SecretText(std::string_view text) { assign(text); }
     SecretText(const SecretText&) = default;
     SecretText(SecretText&&) = default;
-    SecretText& operator=(const SecretText&) = default;
+    // Through assign: a vector's own copy would keep the end of a longer old text in its buffer.
+    SecretText& operator=(const SecretText& other) {
+        assign(other.view());
+        return *this;
+    }
     SecretText& operator=(SecretText&&) = default;
     ~SecretText() = default;
 
+    // `text` may be a part of this very text.
     void assign(std::string_view text) {
-        wipe();
-        text_.assign(text.begin(), text.end());
+        std::vector<char, CleansingAllocator<char>> copy(text.begin(), text.end());
+        text_.swap(copy);
     }
+    // Overwrites the buffer in place and empties the text.
     void wipe() {
         if (!text_.empty()) cleanse_memory(text_.data(), text_.size());
         text_.clear();

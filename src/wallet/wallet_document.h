@@ -7,12 +7,12 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "base/json_file.h"
+#include "wallet/document_path.h"
+#include "wallet/document_rows.h"
 #include "wallet/wallet_session.h"
-
-// The document of the active wallet, or that of the old layout when none is active.
-std::string qv_clasp_document_path();
 
 // Makes sure that the session is loaded; a loaded session is not read again. False leaves no usable session.
 bool qv_clasp_load();
@@ -25,8 +25,6 @@ void qv_clasp_reconcile();
 // mutex.
 bool qv_clasp_summary(std::string& address_out, std::string& paymail_out, bool& hd_out);
 
-// The rows of `ord_owned` of a document that is not loaded as a wallet; rows without an origin are left out.
-std::vector<LocalOrd> read_ord_owned(const Json& document);
 // The documents of all other wallets: those of the registry, those detached under the data root, those
 // parked.
 std::vector<std::string> qv_clasp_other_document_paths();

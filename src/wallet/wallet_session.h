@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "wallet/key_derivation.h"
@@ -37,6 +38,31 @@ struct QvClaspContact {
     std::string note;
 };
 
+// Keys of one external chain that are known already: its node m/44'/236'/a'/0, and public key and address of
+// the indexes from 0 on, without a gap.
+struct QvClaspChainKeys {
+    bool node_known = false;
+    QvClaspExtKey node;
+    PublicKey node_pub{};
+    struct Key {
+        std::string pub;
+        std::string address;
+    };
+    std::vector<Key> keys;
+};
+
+// What was derived from the master once is not derived again. It never answers anything that a walk over all
+// indexes would not, and goes when the master does.
+struct QvClaspKeyCache {
+    std::array<QvClaspChainKeys, 6> chains;
+    struct Place {
+        std::uint32_t account = 0;
+        std::uint32_t index = 0;
+    };
+    std::unordered_map<std::string, Place> places;  // by address
+    QvClaspChainKeys::Key identity;
+};
+
 struct QvClaspSession {
     bool hd = false;  // a mnemonic wallet is loaded
     bool backup = false;
@@ -45,6 +71,7 @@ struct QvClaspSession {
     bool seed_known = false;
     QvClaspExtKey master;
     bool master_known = false;
+    QvClaspKeyCache key_cache;
     // The current receive key.
     SecretText priv;
     std::string pub;
@@ -73,6 +100,9 @@ using WalletLock = std::unique_lock<std::recursive_mutex>;
 // Takes the wallet mutex. The holder may release it and take it back; a function that releases a lock it was
 // handed says so, and then needs to be its only hold on this thread.
 WalletLock qv_clasp_lock_wallet();
+
+// Wipes the seed and everything derived from it. Callers hold the wallet mutex.
+void qv_clasp_forget_master(QvClaspSession& session);
 
 // The session. Callers hold the wallet mutex.
 QvClaspSession& qv_clasp_session();

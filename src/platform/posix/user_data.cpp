@@ -1,18 +1,34 @@
 #include "platform/user_data.h"
 
+#include <sys/stat.h>
+
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
 
 static std::string environment(const char* name) {
     const char* value = std::getenv(name);
     return value ? value : "";
 }
 
+// The first of the hints that is set. XDG_DATA_HOME counts only with an absolute path, as its specification
+// says.
+static std::string per_user_folder() {
+    const std::string local = environment("LOCALAPPDATA");
+    if (!local.empty()) return local;
+    const std::string data_home = environment("XDG_DATA_HOME");
+    if (data_home.starts_with('/')) return data_home;
+    const std::string home = environment("HOME");
+    return home.empty() ? "." : home + "/.local/share";
+}
+
 std::string family_data_folder() {
-    std::string folder = environment("LOCALAPPDATA");
-    if (folder.empty()) folder = environment("XDG_DATA_HOME");
-    if (folder.empty()) {
-        const std::string home = environment("HOME");
-        folder = home.empty() ? "." : home + "/.local/share";
-    }
-    return folder + "/Quorvelle";
+    return per_user_folder() + "/Quorvelle";
+}
+
+void create_private_folder(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path folder(path);
+    if (folder.has_parent_path()) std::filesystem::create_directories(folder.parent_path(), error);
+    ::mkdir(path.c_str(), S_IRWXU);
 }
