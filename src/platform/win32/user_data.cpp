@@ -1,0 +1,15 @@
+#include "platform/user_data.h"
+
+#include "platform/win32/wide.h"
+
+std::string family_data_folder() {
+    std::string folder = ".";
+    const DWORD length = GetEnvironmentVariableW(L"LOCALAPPDATA", nullptr, 0);
+    if (length > 1) {
+        std::wstring value(length, L'\0');
+        value.resize(GetEnvironmentVariableW(L"LOCALAPPDATA", value.data(), length));
+        const std::string text = utf8_from_wide(value);
+        if (!text.empty()) folder = text;
+    }
+    return folder + "\\Quorvelle";
+}
