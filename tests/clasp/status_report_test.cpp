@@ -1,0 +1,288 @@
+#include "clasp/status_report.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <future>
+
+#include "base/clock.h"
+#include "base/sinks.h"
+#include "clasp/connect.h"
+#include "spend/balance.h"
+#include "tests/support/fake_clock.h"
+#include "tests/support/one_wallet.h"
+#include "tests/support/scripted_server.h"
+#include "wallet/coin_records.h"
+#include "wallet/wallet_document.h"
+#include "wallet/wallet_session.h"
+
+namespace {
+
+std::string txid_of(char digit) {
+    return std::string(64, digit);
+}
+
+// The chain service and the indexer, the family's host, and a bound wallet.
+struct StatusWorld {
+    ScriptedServer services;
+    ScriptedServer host{ScriptedServer::Transport::Tls};
+    TestHome home;
+    FakeClock clock;
+    std::mutex mutex;
+    std::map<std::string, Json> coins;  // by address
+    bool down = false;
+    std::function<void()> during_reads;
+    std::vector<std::string> events;
+
+    StatusWorld() {
+        home.use_settings(settings_on(services.base(), "localhost:" + std::to_string(host.port())));
+        services.on_any([this](const ScriptedRequest& request, ScriptedAnswer& answer) {
+            const std::lock_guard<std::mutex> hold(mutex);
+            serve(request.path, answer);
+            return true;
+        });
+        qv_clasp_set_event_sink([this](const std::string& event) { events.push_back(event); });
+    }
+    ~StatusWorld() {
+        qv_clasp_set_event_sink({});
+        const WalletLock lock = qv_clasp_lock_wallet();
+        qv_clasp_wipe_session();
+    }
+    void serve(const std::string& path, ScriptedAnswer& answer) {
+        answer.body = "[]";
+        if (down) answer = {.status = 503, .body = "busy"};
+        const std::string prefix = "/woc/address/";
+        if (path.compare(0, prefix.size(), prefix) != 0) return;
+        if (during_reads) std::exchange(during_reads, nullptr)();
+        const std::string rest = path.substr(prefix.size());
+        const auto known = coins.find(rest.substr(0, rest.find('/')));
+        if (!down && known != coins.end() && rest.substr(rest.find('/')) == "/unspent/all")
+            answer.body = dump_json(known->second, -1);
+    }
+    void give(const std::string& address, char txid_digit, std::int64_t sats) {
+        coins[address].push_back({{"tx_hash", txid_of(txid_digit)}, {"tx_pos", 0}, {"value", sats}});
+    }
+    std::size_t reads_of(const std::string& address) const {
+        return services.count("GET", "/woc/address/" + address + "/unspent/all");
+    }
+    static QvClaspStatus report() {
+        QvClaspStatus status;
+        status.balance_sats = 77;
+        qv_clasp_status(status);
+        return status;
+    }
+};
+
+Json document_with(unsigned counter, const std::string& paymail) {
+    Json document = one_wallet_document();
+    document["recv"] = {0, counter, 0, 0, 0, 3};
+    document["paymail"] = paymail;
+    return document;
+}
+
+}  // namespace
+
+TEST(StatusReport, WithoutAWalletThereIsNoTraffic) {
+    StatusWorld world;
+    start_program_in(world.home);
+    const QvClaspStatus status = StatusWorld::report();
+    EXPECT_FALSE(status.connected || status.hd || status.balance_known);
+    EXPECT_EQ(status.balance_sats, 0);
+    EXPECT_EQ(world.events, (std::vector<std::string>{"[QV-CLASP]\x1fstatus", "[QV-CLASP]\x1fpaymail"}));
+    EXPECT_TRUE(world.services.requests().empty() && world.host.requests().empty());
+}
+
+TEST(StatusReport, AMnemonicWallet) {
+    StatusWorld world;
+    bind_one_wallet(world.home, document_with(2, "eve"));
+    world.give(receive_address(0), '1', 600);
+    world.give(receive_address(2), '2', 50'000);
+    world.give(receive_address(2), '3', 999);  // too small to count on another address
+    world.host.on("POST", "/api/paymail/claim", "{}");
+    const QvClaspStatus status = StatusWorld::report();
+    EXPECT_TRUE(status.connected && status.hd && status.balance_known);
+    EXPECT_EQ(status.address, receive_address(0));
+    EXPECT_EQ(status.balance_sats, 50'600);
+    EXPECT_EQ(world.events, (std::vector<std::string>{"[QV-CLASP]\x1fstatus\x1f" + receive_address(0) +
+                                                          "\x1f"
+                                                          "50600\x1fhd",
+                                                      "[QV-CLASP]\x1fpaymail\x1f"
+                                                      "eve@" +
+                                                          settings().home_domain}));
+    EXPECT_EQ(world.home.read_json("/tx_hist/" + ONE_WALLET_ID + "_face.json"),
+              (Json{{"sats", 50'600}, {"address", receive_address(0)}}));
+    // The host hears of the paymail, with the current ordinal address, and is asked for the role.
+    ASSERT_EQ(world.host.count("POST", "/api/paymail/claim"), 1U);
+    Json claim;
+    ASSERT_TRUE(parse_json(world.host.requests()[0].body, claim));
+    EXPECT_EQ(json_text(claim, "alias"), "eve");
+    EXPECT_EQ(json_text(claim, "address"), receive_address(0));
+    EXPECT_EQ(json_text(claim, "ordAddress"), one_wallet_key("5'/0/3").address);
+    EXPECT_EQ(world.host.count("GET", "/api/paymail/quota/"), 1U);
+    EXPECT_EQ(world.host.requests().back().method, "GET") << "the role comes after the claim";
+}
+
+TEST(StatusReport, ALegacyWallet) {
+    StatusWorld world;
+    bind_one_wallet(world.home, Json{{"priv", std::string(63, '0') + "1"}});
+    const std::string address = "1BgGZ9tcN4rm9KBzDn7KprQz87SZ26SAMH";
+    world.give(address, '1', 5000);
+    const QvClaspStatus status = StatusWorld::report();
+    EXPECT_TRUE(status.connected && status.balance_known);
+    EXPECT_FALSE(status.hd);
+    EXPECT_EQ(status.address, address);
+    EXPECT_EQ(status.balance_sats, 5000);
+    EXPECT_EQ(world.events[0], "[QV-CLASP]\x1fstatus\x1f" + address +
+                                   "\x1f"
+                                   "5000\x1flegacy");
+    EXPECT_EQ(world.services.count("POST"), 0U) << "there is no chain to scan";
+    EXPECT_TRUE(world.host.requests().empty()) << "and no identity to speak for";
+}
+
+TEST(StatusReport, WithTheServicesDownTheBalanceIsUnknown) {
+    StatusWorld world;
+    bind_one_wallet(world.home, document_with(0, ""));
+    world.down = true;
+    const QvClaspStatus status = StatusWorld::report();
+    EXPECT_TRUE(status.connected);
+    EXPECT_FALSE(status.balance_known);
+    EXPECT_EQ(status.balance_sats, -1);
+    EXPECT_EQ(world.events[0], "[QV-CLASP]\x1fstatus\x1f" + receive_address(0) + "\x1f-\x1fhd");
+    EXPECT_FALSE(world.home.exists("/tx_hist/" + ONE_WALLET_ID + "_face.json"));
+}
+
+TEST(StatusReport, ACoinFoundByTheScanCountsInTheSameReport) {
+    StatusWorld world;
+    bind_one_wallet(world.home, document_with(0, ""));
+    world.give(receive_address(3), '1', 7000);
+    world.services.on_any([&](const ScriptedRequest& request, ScriptedAnswer& answer) {
+        const std::lock_guard<std::mutex> hold(world.mutex);
+        world.serve(request.path, answer);
+        if (request.method == "POST")
+            answer.body = R"([{"address":")" + receive_address(3) + R"(","balance":{"confirmed":7000}}])";
+        return true;
+    });
+    EXPECT_EQ(StatusWorld::report().balance_sats, 7000);
+    EXPECT_EQ(world.home.read_json(ONE_WALLET_PATH)["recv"][1], 3);
+}
+
+TEST(StatusReport, AnOvertakenReportEndsWithoutABalance) {
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"a payment moved on", [] { qv_clasp_raise_generation(); }},
+        {"the wallet was unbound", [] { qv_clasp_unbind(); }},
+    };
+    for (const auto& [what, event] : cases) {
+        StatusWorld world;
+        bind_one_wallet(world.home, document_with(0, "eve"));
+        world.give(receive_address(0), '1', 7000);
+        world.during_reads = event;
+        const QvClaspStatus status = StatusWorld::report();
+        EXPECT_TRUE(status.connected) << what;
+        EXPECT_EQ(status.address, receive_address(0)) << what;
+        EXPECT_FALSE(status.balance_known) << what;
+        EXPECT_EQ(status.balance_sats, 0) << what;
+        EXPECT_TRUE(qv_clasp_coin_records().coin_cache.empty()) << what;
+        EXPECT_TRUE(world.host.requests().empty()) << what;
+    }
+}
+
+TEST(StatusReport, TheWalletIsFreeDuringTheReads) {
+    StatusWorld world;
+    bind_one_wallet(world.home, document_with(0, ""));
+    bool free = false;
+    world.during_reads = [&] {
+        const auto taken = std::async(std::launch::async, [] { qv_clasp_lock_wallet(); });
+        free = taken.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
+    };
+    StatusWorld::report();
+    EXPECT_TRUE(free);
+}
+
+// A service that has not seen a payment yet must not bring the spent coins back into view.
+TEST(StatusReport, AReadFromBeforeAPaymentDoesNotJumpBackUp) {
+    StatusWorld world;
+    bind_one_wallet(world.home, document_with(0, ""));
+    world.give(receive_address(0), '1', 5'000'000);
+    ASSERT_EQ(StatusWorld::report().balance_sats, 5'000'000);
+    {
+        const WalletLock lock = qv_clasp_lock_wallet();
+        ASSERT_EQ(qv_clasp_note_spend(3'000'000, 2'000'000), 3'000'000);
+    }
+    FakeClock::advance_seconds(44);
+    EXPECT_EQ(StatusWorld::report().balance_sats, 3'000'000);
+    EXPECT_EQ(qv_clasp_session().cached_balance, 3'000'000);
+    FakeClock::advance_seconds(1);
+    EXPECT_EQ(StatusWorld::report().balance_sats, 5'000'000) << "after that it is believed";
+}
+
+TEST(StatusReport, MoneyThatCameInAfterAPaymentShows) {
+    StatusWorld world;
+    bind_one_wallet(world.home, document_with(0, ""));
+    world.give(receive_address(0), '1', 4'000'000);
+    {
+        const WalletLock lock = qv_clasp_lock_wallet();
+        ASSERT_TRUE(qv_clasp_load());
+        qv_clasp_session().cached_balance = qv_clasp_session().projected_balance = 3'000'000;
+        qv_clasp_session().projected_at_ns = monotonic_ns();
+    }
+    EXPECT_EQ(StatusWorld::report().balance_sats, 4'000'000) << "a million above is still believed";
+    world.give(receive_address(0), '2', 1);
+    qv_clasp_session().projected_balance = 3'000'000;
+    FakeClock::advance_seconds(21);
+    EXPECT_EQ(StatusWorld::report().balance_sats, 3'000'000) << "one satoshi more is not";
+}
+
+TEST(StatusReport, TheSendGuard) {
+    const FakeClock clock;
+    const std::string address = receive_address(0);
+    struct Case {
+        const char* what;
+        int read_s;  // seconds ago; -1 never
+        bool valid;
+        int sent_s;   // -1 never
+        int spent_s;  // from this address
+        int other_s;  // from another one
+        bool reads;
+    };
+    const Case cases[] = {
+        {"never read", -1, false, -1, -1, -1, true},
+        {"fresh, quiet", 3, true, -1, -1, -1, true},
+        {"fresh, a payment", 3, true, 19, -1, -1, false},
+        {"fresh, a payment a while ago", 3, true, 20, -1, -1, true},
+        {"fresh, spent from", 3, true, -1, 19, -1, false},
+        {"fresh, spent from a while ago", 3, true, -1, 20, -1, true},
+        {"fresh, another was spent from", 3, true, -1, -1, 1, true},
+        {"stale, a payment", 8, true, 1, 1, -1, true},
+        {"never valid, a payment", 3, false, 1, 1, -1, true},
+    };
+    const WalletLock lock = qv_clasp_lock_wallet();
+    for (const Case& c : cases) {
+        const auto ago = [](int seconds) { return monotonic_ns() - seconds * 1'000'000'000LL; };
+        QvClaspCoinRecords& records = qv_clasp_coin_records();
+        records = {};
+        if (c.read_s >= 0) records.coin_cache.push_back({address, {}, ago(c.read_s), c.valid});
+        if (c.sent_s >= 0) records.last_send_at_ns = ago(c.sent_s);
+        if (c.spent_s >= 0) records.spent_from.emplace_back(address, ago(c.spent_s));
+        if (c.other_s >= 0) records.spent_from.emplace_back(receive_address(1), ago(c.other_s));
+        EXPECT_EQ(status_reads_address(address), c.reads) << c.what;
+    }
+    qv_clasp_clear_coin_records();
+}
+
+TEST(StatusReport, TheAddressesOfAReport) {
+    StatusWorld world;
+    bind_one_wallet(world.home, document_with(2, ""));
+    const WalletLock lock = qv_clasp_lock_wallet();
+    ASSERT_TRUE(qv_clasp_load());
+    const std::string remembered = receive_address(40);
+    qv_clasp_coin_records().coin_cache = {{remembered, {{txid_of('1'), 0, 5}}, 1, true},
+                                          {receive_address(50), {}, 1, true},
+                                          {receive_address(1), {{txid_of('2'), 0, 5}}, 1, true}};
+    QvClaspPendingCoin pending;
+    pending.hash160 = one_wallet_key("1'/0/60").hash160;
+    qv_clasp_coin_records().pending_coins = {pending};
+    EXPECT_EQ(status_addresses(), (std::vector<std::string>{
+                                      receive_address(0), receive_address(1), receive_address(2),
+                                      one_wallet_key("100'/0/0").address, remembered, receive_address(60)}));
+}
