@@ -5,9 +5,12 @@
 #include <string>
 #include <string_view>
 
-// The normalised key of an outpoint text, or empty.
+// The normalised key of an outpoint text: lower case; a bare txid gets "_0"; empty for anything else.
 std::string qv_clasp_art_tag_key(std::string_view outpoint);
+// Does nothing with a text that is no outpoint, or an empty tag.
 void qv_clasp_art_tag_set(const std::string& outpoint, const std::string& tag);
+// The tag, or empty.
 std::string qv_clasp_art_tag_get(const std::string& outpoint);
-// Opens a sealed tag given as hexadecimal text; empty if it does not open.
+// Opens a sealed tag given as hexadecimal text: a 12-byte nonce, a 16-byte tag and the AES-256-GCM ciphertext
+// under the family's fixed key. Empty if it does not open.
 std::string qv_clasp_open_art_tag(std::string_view hex_blob);

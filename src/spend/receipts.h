@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "spend/recoverable_signature.h"
 #include "spend/transaction.h"
 
 struct QvClaspReceiptRow {
@@ -26,11 +27,14 @@ struct QvClaspReceiptJob {
     std::string pubkey;
     std::string signature;
 };
-// After a recorded send: takes the rows that this transaction pays, and delivers them on a thread of its own.
+// After a recorded send: takes the wallet mutex to sign as the identity, takes the rows that this transaction
+// pays, and delivers them on a thread of its own.
 void qv_clasp_queue_receipt(const std::string& raw_hex, const std::string& txid,
                             const std::vector<QvClaspTxOutput>& outputs);
+// The body of that thread: one POST a row, whose answer nobody waits for.
 void qv_clasp_deliver_receipts(const QvClaspReceiptJob& job);
 
-// A signed message of 65 bytes in Base64, from which the public key can be recovered; empty on failure.
-std::string sign_recoverable_message(std::string_view priv_hex, std::string_view pub_hex,
-                                     std::string_view text);
+// Blocks until no delivery thread is at work; each ends by itself within seconds.
+void wait_for_receipts();
+// How many payments are still expected.
+std::size_t expected_receipts();

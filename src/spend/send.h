@@ -1,12 +1,15 @@
 // The one entry for paying out satoshis. Takes the wallet mutex and holds it to the end, except for the coin
-// reads. Blocks on the network; call it on a worker thread.
+// reads. The caller must not hold it already.
+// Blocks on the network; call it on a worker thread.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-// Pays `sats` to a P2PKH address. "success: " and the txid, or a text that begins with "error: ".
+// Pays `sats` to a P2PKH address. `memo`, if not empty, becomes the data of an output. At most three
+// transactions are tried; before any is rebuilt or given up the chain is asked for the last one. "success: "
+// and the txid, or a text that begins with "error: ".
 std::string qv_clasp_send(const std::string& dest, std::int64_t sats, const std::string& memo);
 // The text says that some input is already taken.
 bool is_conflict_text(std::string_view text);

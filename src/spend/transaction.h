@@ -46,7 +46,8 @@ struct QvClaspTxPlan {
     std::int64_t change = 0;
     bool covered = false;  // the inputs pay for `sats` and the fee
 };
-// Plans for inputs worth `total` and fixed outputs, the payment among them, that take `outputs_size` bytes.
+// Plans for inputs worth `total` and fixed outputs, the payment of `sats` among them, that take
+// `outputs_size` bytes. Neither amount may be negative.
 QvClaspTxPlan plan_tx(std::size_t inputs, std::int64_t total, std::int64_t sats, std::size_t outputs,
                       std::int64_t outputs_size);
 // The sum at which the walk over the candidates stops, less `sats`: the fee of a transaction with a change

@@ -1,0 +1,184 @@
+#include "spend/send.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <vector>
+
+#include "base/sinks.h"
+#include "base/text.h"
+#include "platform/program.h"
+#include "spend/balance.h"
+#include "spend/broadcast.h"
+#include "spend/chain_readers.h"
+#include "spend/coin_guard.h"
+#include "spend/sent_record.h"
+#include "spend/transaction.h"
+#include "wallet/address.h"
+#include "wallet/binds.h"
+#include "wallet/coin_records.h"
+#include "wallet/wallet_document.h"
+#include "wallet/wallet_session.h"
+
+namespace {
+
+constexpr int ATTEMPTS = 3;
+
+// A transaction that was handed to the network. Its parts are remembered together, so that a record never
+// joins the id of one attempt with the coins of another.
+struct TriedTx {
+    std::string txid;
+    std::vector<QvClaspCoin> coins;
+    std::vector<QvClaspTxOutput> outputs;
+    std::int64_t fee = 0;
+};
+
+struct SendRun {
+    SendRun(WalletLock& lock, const std::string& data) : wallet_lock(lock), memo(data) {}
+
+    WalletLock& wallet_lock;
+    const std::string& memo;
+    std::string scope;  // of the wallet that the change target belongs to
+    Hash160 dest_hash160{};
+    Hash160 change_hash160{};
+    std::int64_t sats = 0;
+    TriedTx last;
+    bool expired = false;
+};
+
+// A final text, or nothing where another attempt may mend it.
+using Outcome = std::optional<std::string>;
+
+bool (*g_terminal_probe)() = nullptr;
+
+bool is_success(std::string_view result) {
+    return result.starts_with("success");
+}
+
+void note_spend(const SendRun& run) {
+    if (g_terminal_probe ? g_terminal_probe() : stdout_is_terminal()) return;
+    qv_clasp_emit_event("[QV-SPEND]", {std::to_string(run.sats)});
+    const std::int64_t balance = qv_clasp_note_spend(qv_clasp_balance_estimate(), run.sats + run.last.fee);
+    qv_clasp_emit_event("[QV-BALANCE]", {std::to_string(balance), qv_clasp_active_wallet_id()});
+}
+
+// The last transaction tried is on the chain after all: that is a success, and is recorded as one.
+Outcome settle_if_known(const SendRun& run) {
+    if (!qv_clasp_tx_exists(run.last.txid)) return std::nullopt;
+    std::string result =
+        qv_clasp_finish_known_tx(run.last.coins, run.last.outputs, run.last.txid, run.change_hash160);
+    if (result.empty()) return std::nullopt;
+    note_spend(run);
+    return result;
+}
+
+void write_off_coins(const std::vector<QvClaspCoin>& coins) {
+    std::vector<QvClaspUtxo> outpoints;
+    outpoints.reserve(coins.size());
+    for (const QvClaspCoin& coin : coins) outpoints.push_back({coin.txid, coin.vout, coin.sats});
+    qv_clasp_mark_all_spent(outpoints);
+    qv_clasp_prune_spent_from_cache();
+}
+
+Outcome after_no_candidate(SendRun& run, const std::string& collect_error) {
+    if (Outcome known = settle_if_known(run)) return known;
+    if (run.expired) {
+        std::string text = "error: you have 0 in your Clasp wallet.";
+        if (!collect_error.empty()) text += " (" + collect_error + ")";
+        return text;
+    }
+    run.expired = true;
+    qv_clasp_expire_cache();
+    return std::nullopt;
+}
+
+Outcome after_failed_build(SendRun& run, int attempt, const std::string& build_error) {
+    if (Outcome known = settle_if_known(run)) return known;
+    if (attempt >= ATTEMPTS - 1) return "error: " + build_error;
+    return std::nullopt;
+}
+
+// What a failed broadcast means. The chain is asked first: a conflict with this very transaction reads like
+// one with another.
+Outcome after_failed_broadcast(SendRun& run, const std::vector<QvClaspCoin>& chosen,
+                               const std::string& result) {
+    if (Outcome known = settle_if_known(run)) return known;
+    if (is_conflict_text(result)) {
+        write_off_coins(chosen);
+        qv_clasp_expire_cache();
+        return std::nullopt;
+    }
+    if (qv_clasp_is_missing_inputs(result)) {
+        write_off_coins(chosen);
+        qv_clasp_resync_from_index(run.wallet_lock);
+        return std::nullopt;
+    }
+    return result;
+}
+
+Outcome sign_and_broadcast(SendRun& run, std::vector<QvClaspCoin> coins, std::vector<QvClaspTxOutput> outputs,
+                           std::int64_t fee) {
+    const QvClaspSession& session = qv_clasp_session();
+    if (!sign_all_inputs(coins, outputs, session.priv.view(), session.pub)) {
+        return after_failed_broadcast(run, coins, "error: signing failed.");
+    }
+    std::string txid;
+    std::string result = qv_clasp_broadcast(coins, outputs, run.change_hash160, txid);
+    run.last = {std::move(txid), std::move(coins), std::move(outputs), fee};
+    if (!is_success(result)) return after_failed_broadcast(run, run.last.coins, result);
+    note_spend(run);
+    return result;
+}
+
+Outcome attempt_send(SendRun& run, int attempt) {
+    std::string error;
+    if (!qv_clasp_refresh_coins(run.wallet_lock, error)) return "error: " + error;
+    // The lock was free meanwhile, here or in the last attempt's resync, and the change target is the old
+    // wallet's.
+    if (qv_clasp_scope_key() != run.scope) return "error: wallet changed.";
+    std::vector<QvClaspCoin> coins;
+    std::int64_t total = 0;
+    if (!qv_clasp_collect_coins(coins, total, error)) return after_no_candidate(run, error);
+
+    std::vector<QvClaspTxOutput> outputs;
+    std::int64_t fee = 0;
+    if (!qv_clasp_build_tx(coins, outputs, run.dest_hash160, run.change_hash160, run.sats, run.memo, fee,
+                           error)) {
+        return after_failed_build(run, attempt, error);
+    }
+    return sign_and_broadcast(run, std::move(coins), std::move(outputs), fee);
+}
+
+}  // namespace
+
+bool is_conflict_text(std::string_view text) {
+    static constexpr std::array<std::string_view, 6> signs = {"mempool-conflict",       "double_spend",
+                                                              "double spend",           "seen_in_orphan",
+                                                              "txn-already-in-mempool", "txn-already-known"};
+    const std::string lower = ascii_lower(text);
+    return std::any_of(signs.begin(), signs.end(),
+                       [&](std::string_view sign) { return contains(lower, sign); });
+}
+
+void set_terminal_probe(bool (*is_terminal)()) {
+    g_terminal_probe = is_terminal;
+}
+
+std::string qv_clasp_send(const std::string& dest, std::int64_t sats, const std::string& memo) {
+    WalletLock wallet_lock = qv_clasp_lock_wallet();
+    if (!qv_clasp_load()) return "error: no Quorvelle Clasp wallet. Use clasp create first.";
+    if (sats < 1) return "error: amount must be positive.";
+    SendRun run{wallet_lock, memo};
+    run.scope = qv_clasp_scope_key();
+    run.sats = sats;
+    if (!qv_clasp_address_to_hash160(dest, run.dest_hash160)) {
+        return "error: destination is not a legacy P2PKH address.";
+    }
+    std::string error;
+    if (!qv_clasp_change_target(run.change_hash160, error)) return "error: " + error;
+    for (int attempt = 0; attempt < ATTEMPTS; ++attempt) {
+        if (Outcome outcome = attempt_send(run, attempt)) return *outcome;
+    }
+    if (Outcome known = settle_if_known(run)) return *known;
+    return "error: broadcast failed after retry.";
+}
