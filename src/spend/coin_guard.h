@@ -55,12 +55,14 @@ bool qv_clasp_collect_coins(std::vector<QvClaspCoin>& coins_out, std::int64_t& t
 struct CoinAdmission {
     std::vector<QvClaspCoin>* coins = nullptr;
     std::int64_t total = 0;
+    OutpointSet keys{};  // of the coins appended, kept by the guard
 };
 // The guard: appends the coin if nothing forbids it. An empty address means that it is not known.
 void qv_clasp_admit_coin(CoinAdmission& context, const QvClaspUtxo& utxo, const SecretText& priv,
                          const std::string& pub, const Hash160& hash160, const std::string& address);
 
-// After "missing inputs": the index is asked what is unspent, and believed.
+// After "missing inputs": the index is asked what is unspent, and believed. Nothing is stored if the wallet
+// has changed meanwhile.
 void qv_clasp_resync_from_index(WalletLock& wallet_lock);
 // Reads a transaction back and takes its outputs to this wallet as pending coins. Blocks on the network under
 // the mutex.

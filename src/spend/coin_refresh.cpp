@@ -1,0 +1,106 @@
+#include <system_error>
+#include <thread>
+
+#include "spend/chain_readers.h"
+#include "spend/coin_guard.h"
+#include "spend/ordinal_reader.h"
+#include "wallet/wallet_document.h"
+
+namespace {
+
+// One job, on a thread of its own: it touches its own row only.
+void read_address(QvClaspAddressRead& read, bool with_ordinals) {
+    std::string error;
+    read.read_ok = qv_clasp_fetch_utxos(read.address, read.coins, error, read.any_ok);
+    if (!with_ordinals) return;
+    // What an incomplete answer does not list may still carry a token, so it is stored as a failed read.
+    bool is_complete = false;
+    read.ordinals_ok =
+        qv_clasp_read_ordinal_outpoints(read.address, read.ordinals, is_complete) && is_complete;
+}
+
+std::vector<QvClaspAddressRead> stale_addresses() {
+    std::vector<QvClaspAddressRead> reads;
+    for (std::string& address : qv_clasp_spend_addresses()) {
+        if (!qv_clasp_cache_fresh(address)) reads.emplace_back().address = std::move(address);
+    }
+    return reads;
+}
+
+// Nothing of the wallet may be assumed after the mutex was free.
+bool is_same_wallet(const std::string& scope) {
+    return qv_clasp_load() && qv_clasp_scope_key() == scope;
+}
+
+struct IndexCoins {
+    std::string address;
+    std::vector<QvClaspUtxo> coins{};
+    bool found = false;
+};
+
+}  // namespace
+
+void qv_clasp_read_addresses(std::vector<QvClaspAddressRead>& reads, bool with_ordinals,
+                             std::uint64_t generation) {
+    std::vector<std::thread> threads;
+    threads.reserve(reads.size());
+    for (QvClaspAddressRead& read : reads) {
+        if (qv_clasp_generation() != generation) break;
+        try {
+            threads.emplace_back(read_address, std::ref(read), with_ordinals);
+        } catch (const std::system_error&) {
+            // The system has no thread to spare; the read is as good on this one.
+            read_address(read, with_ordinals);
+        }
+    }
+    for (std::thread& thread : threads) thread.join();
+}
+
+void qv_clasp_commit_reads(std::vector<QvClaspAddressRead>& reads) {
+    for (QvClaspAddressRead& read : reads) {
+        std::erase_if(read.coins,
+                      [](const QvClaspUtxo& coin) { return qv_clasp_is_spent(coin.txid, coin.vout); });
+        qv_clasp_cache_store(read.address, read.coins, read.read_ok, !read.any_ok);
+        if (read.read_ok && read.any_ok) qv_clasp_prune_pending(read.address, read.coins);
+        qv_clasp_ord_store(read.address, read.ordinals, read.ordinals_ok);
+    }
+}
+
+bool qv_clasp_refresh_coins(WalletLock& wallet_lock, std::string& error_out) {
+    error_out.clear();
+    if (!qv_clasp_load()) {
+        error_out = "no wallet";
+        return false;
+    }
+    const std::string scope = qv_clasp_scope_key();
+    const std::uint64_t generation = qv_clasp_generation();
+    std::vector<QvClaspAddressRead> reads = stale_addresses();
+    if (reads.empty()) return true;
+    wallet_lock.unlock();
+    // A payment takes the coins, not the index: an address that is read here loses its ordinal row, and every
+    // coin of one satoshi at it is held back.
+    qv_clasp_read_addresses(reads, false, generation);
+    wallet_lock.lock();
+    if (!is_same_wallet(scope)) {
+        error_out = "wallet changed.";
+        return false;
+    }
+    qv_clasp_commit_reads(reads);
+    return true;
+}
+
+void qv_clasp_resync_from_index(WalletLock& wallet_lock) {
+    const std::string scope = qv_clasp_scope_key();
+    std::vector<IndexCoins> reads;
+    for (std::string& address : qv_clasp_spend_addresses()) reads.push_back({.address = std::move(address)});
+    wallet_lock.unlock();
+    for (IndexCoins& read : reads) read.found = qv_clasp_read_index_coins(read.address, read.coins);
+    wallet_lock.lock();
+    if (!is_same_wallet(scope)) return;
+    for (const IndexCoins& read : reads) {
+        if (!read.found) continue;
+        qv_clasp_unmark_spent(read.coins);
+        qv_clasp_cache_store(read.address, read.coins, true, true);
+        qv_clasp_prune_pending(read.address, read.coins);
+    }
+}
