@@ -5,14 +5,24 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace sandbox {
 
-// Services: "woc", "ordinals", "arc", "home", "resolver"; a path part may narrow a fault down ("woc" and "/tx/raw").
-// Failures: "down" (the connection is closed without an answer), "slow" (waits past every time-out of the caller, or
-// `slow_ms`), "429", "html500", "badjson", "wrongtypes", "drop_after_accept" (a broadcast is taken, answered as good,
-// and forgotten), "conflict" and "missing_inputs" (a broadcast is refused with these words and not taken),
-// "accept_silently" (a broadcast is taken and then answered as a failure), "empty", "404".
+// Services: "woc", "ordinals", "arc", "home", "resolver", "update"; a path part may narrow a fault down
+// ("woc" and
+// "/tx/raw"), and so may the method in front of it ("POST /v1/tx").
+//
+// Failures of any request:
+//   "down"         the connection is closed without an answer, and nothing is done
+//   "slow"         the work is done at once, and its answer comes `slow_ms` later
+//   "429", "html500", "404"  refused with that status, and nothing is done
+//   "badjson", "wrongtypes", "empty"  done, with an answer that is cut short, has every type wrong, or is not
+//   there
+// Failures of a broadcast, which leave every other request alone:
+//   "drop_after_accept"  taken, answered as good, and forgotten
+//   "accept_silently"    taken, and answered as a failure of the service
+//   "conflict", "missing_inputs"  refused with the network's words, and not taken
 struct Fault {
     std::string failure;
     std::string path_part;
@@ -20,12 +30,21 @@ struct Fault {
     int slow_ms = 3000;
 };
 
+bool is_service_name(std::string_view service);
+bool is_failure_name(std::string_view failure);
+// The failures that concern broadcasts only.
+bool is_broadcast_failure(std::string_view failure);
+// The request hands a transaction to the network.
+bool is_broadcast_request(std::string_view method, std::string_view path);
+
 class Faults {
  public:
+    // Faults of one service wait in the order of their arrival.
     void set(const std::string& service, const Fault& fault);
     void clear();
-    // Takes one occurrence of a fault for this request, if there is one.
-    std::optional<Fault> take(const std::string& service, const std::string& path);
+    // Takes one occurrence of the first fault that fits this request, if there is one. `request` is the
+    // method, a blank and the path.
+    std::optional<Fault> take(const std::string& service, const std::string& request);
 
  private:
     std::mutex mutex_;

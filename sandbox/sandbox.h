@@ -1,10 +1,8 @@
-// The whole sandbox: a chain with its world, and every service that the program talks to, on loopback. A library for
-// the tests (free ports) and the body of bursaria-sandbox (the ports of settings/sandbox.json).
+// The whole sandbox: a chain with its world, and every service that the program talks to, on loopback. A
+// library for the tests (free ports) and the body of bursaria-sandbox (the ports of settings/sandbox.json).
 #pragma once
 
-#include <atomic>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -19,11 +17,11 @@ namespace sandbox {
 // Ports of the services; 0 takes a free one.
 struct Ports {
     int woc = 0;
-    int ordinals = 0;   // API and content
+    int ordinals = 0;  // API and content
     int arc = 0;
-    int home = 0;       // TLS
-    int resolver = 0;   // TLS with a self-made certificate; -1: not served
-    int control = 0;    // /sandbox/...
+    int home = 0;      // TLS
+    int resolver = 0;  // TLS with a self-made certificate; -1: not served
+    int control = 0;   // /sandbox/... and the update page
 };
 
 struct Options {
@@ -35,9 +33,9 @@ struct Options {
 
 // One request as a service got it.
 struct SeenRequest {
-    std::string service;  // "woc", "ordinals", "arc", "home", "resolver"
+    std::string service;  // "woc", "ordinals", "arc", "home", "resolver", "update"
     std::string method;
-    std::string path;
+    std::string path;  // with the query, as it was sent
 };
 
 class Sandbox {
@@ -47,8 +45,10 @@ class Sandbox {
     Sandbox(const Sandbox&) = delete;
     Sandbox& operator=(const Sandbox&) = delete;
 
-    // Builds the world and opens all ports; false with the reason if a port cannot be taken.
+    // Takes all ports, then builds the world and serves, once in the life of this object. False with the
+    // reason, and nothing built, if a port cannot be taken.
     bool start(std::string& error);
+    // Closes every port and joins every thread. What was seen and the chain stay readable.
     void stop();
 
     Chain& chain();
@@ -56,7 +56,7 @@ class Sandbox {
     Faults& faults();
     const World& world() const;
     const Ports& ports() const;
-    // The build's settings with every endpoint pointed at this sandbox.
+    // The build's settings with every endpoint pointed at this sandbox, and the world's paymail domain.
     Settings settings_for() const;
 
     // Which wallet the stand-in hands out: its id, or empty to refuse, or "-" to stay silent.
@@ -65,10 +65,16 @@ class Sandbox {
     // What the services have seen since the last clear.
     std::vector<SeenRequest> requests() const;
     void clear_requests();
+    // Requests of that method ("" for any) whose path holds the part.
     std::size_t count(const std::string& method, const std::string& path_part) const;
+    // Receipts of payments that the family's host has taken: their bodies as they came.
+    std::vector<Json> receipts() const;
 
-    // The indexer shows only what was there `transactions` transactions ago.
+    // Lists of unspent outputs, token listings and balances show what was there `transactions` transactions
+    // ago. Single transactions, spends and histories are always up to date.
     void set_index_lag(std::size_t transactions);
+    // The version that the update page names, in thousandths.
+    void set_page_version(int thousandths);
 
  private:
     struct Body;
