@@ -256,23 +256,34 @@ std::string qv_clasp_registry_set_avatar(const std::string& pubkey, const std::s
     return qv_clasp_registry_save(registry) ? "" : "could not write paymail registry";
 }
 
-bool qv_clasp_registry_lookup(const std::string& address, NameRegistryMatch& match) {
-    match = {};
-    // A row without an address belongs to nobody's search.
-    if (address.empty()) return false;
+NameRegistrySnapshot qv_clasp_registry_snapshot() {
     const NamesLock lock;
     const Json registry = qv_clasp_registry_load();
+    NameRegistrySnapshot snapshot;
     for (const auto& [key, row] : json_member(registry, "names").items()) {
-        const std::string ord_address = json_text(row, "ordAddress");
-        const std::string pay_address = json_text(row, "address");
-        if (address != ord_address && address != json_text(row, "ord") && address != pay_address) continue;
+        NameRegistryMatch match;
         match.pubkey = pubkey_of(row);
-        match.pay_address = pay_address;
-        match.ord_address = ord_address;
-        match.ordinal_side = address != pay_address;
+        match.pay_address = json_text(row, "address");
+        match.ord_address = json_text(row, "ordAddress");
         const std::string self = match.pubkey.empty() ? "" : self_name_of(registry, match.pubkey);
         match.name = self.empty() ? key : self;
-        return true;
+        for (const std::string& address : {match.pay_address, match.ord_address, json_text(row, "ord")}) {
+            // A row without an address belongs to nobody's search.
+            if (address.empty()) continue;
+            match.ordinal_side = address != match.pay_address;
+            snapshot.by_address.try_emplace(address, match);
+        }
     }
-    return false;
+    return snapshot;
+}
+
+bool qv_clasp_registry_lookup(const NameRegistrySnapshot& registry, const std::string& address,
+                              NameRegistryMatch& match) {
+    const auto found = registry.by_address.find(address);
+    match = found == registry.by_address.end() ? NameRegistryMatch{} : found->second;
+    return found != registry.by_address.end();
+}
+
+bool qv_clasp_registry_lookup(const std::string& address, NameRegistryMatch& match) {
+    return qv_clasp_registry_lookup(qv_clasp_registry_snapshot(), address, match);
 }

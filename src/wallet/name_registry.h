@@ -6,6 +6,7 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 // A name as it is stored: no "@", "$" or blanks before it, cut at the first "@", lower case, only a-z 0-9 - .
 // _
@@ -43,3 +44,12 @@ struct NameRegistryMatch {
 };
 // The row that an address belongs to, by its payment or ordinal address.
 bool qv_clasp_registry_lookup(const std::string& address, NameRegistryMatch& match);
+
+// The registry as one reading found it, for many look-ups in a row: the first row of each address.
+struct NameRegistrySnapshot {
+    std::unordered_map<std::string, NameRegistryMatch> by_address;
+};
+NameRegistrySnapshot qv_clasp_registry_snapshot();
+// The same look-up, without reading the file.
+bool qv_clasp_registry_lookup(const NameRegistrySnapshot& registry, const std::string& address,
+                              NameRegistryMatch& match);
