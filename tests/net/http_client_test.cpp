@@ -1,0 +1,322 @@
+#include "net/http_client.h"
+
+#include <curl/curl.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <thread>
+
+#include "tests/support/fake_clock.h"
+#include "tests/support/scripted_server.h"
+#include "tests/support/test_home.h"
+
+namespace {
+
+const std::string THROTTLED = "HTTP 429 – WhatsOnChain is rate-limiting. Wait a few seconds and try again.";
+
+struct HttpWorld {
+    ScriptedServer server;
+    TestHome home;
+    FakeClock clock;
+    std::string body = "left over";
+    std::string error = "left over";
+
+    HttpWorld() { home.use_settings(settings_on(server.base(), "home.invalid")); }
+    std::string url(const std::string& path) const { return server.base() + path; }
+};
+
+std::vector<ScriptedAnswer> answers(std::initializer_list<std::pair<int, std::string>> rows) {
+    std::vector<ScriptedAnswer> made;
+    for (const auto& [status, body] : rows) made.push_back({.status = status, .body = body});
+    return made;
+}
+
+TEST(HttpGet, DecidesByStatusAndTriesAgainOnThrottlingOnly) {
+    struct Case {
+        const char* name;
+        std::vector<ScriptedAnswer> script;
+        bool accept_404;
+        bool ok;
+        std::string body;
+        std::string error;
+        std::vector<std::int64_t> sleeps;
+    };
+    const std::vector<Case> cases = {
+        {"success", answers({{200, "[1]"}}), false, true, "[1]", "", {}},
+        {"any 2xx", answers({{299, "x"}}), false, true, "x", "", {}},
+        {"404", answers({{404, "Not Found"}}), false, false, "Not Found", "HTTP 404 – Not Found", {}},
+        {"404 accepted", answers({{404, "nothing"}}), true, true, "nothing", "", {}},
+        {"one 429", answers({{429, "slow"}, {200, "ok"}}), false, true, "ok", "", {400}},
+        {"three 429",
+         answers({{429, ""}, {429, ""}, {429, ""}, {200, "ok"}}),
+         false,
+         true,
+         "ok",
+         "",
+         {400, 800, 1600}},
+        {"429 for ever", answers({{429, "slow"}}), true, false, "slow", THROTTLED, {400, 800, 1600}},
+        {"429, then 404 accepted", answers({{429, "slow"}, {404, "gone"}}), true, true, "gone", "", {400}},
+        {"500 once",
+         answers({{500, "try later\n"}, {200, "ok"}}),
+         false,
+         false,
+         "try later\n",
+         "HTTP 500 – try later",
+         {}},
+        {"a page", answers({{502, "<HTML>bad</HTML>"}}), false, false, "<HTML>bad</HTML>", "HTTP 502", {}},
+    };
+    for (const Case& c : cases) {
+        HttpWorld world;
+        world.server.on("GET", "/x", c.script);
+        EXPECT_EQ(c.ok, qv_clasp_http_get(world.url("/x"), world.body, world.error, 10, c.accept_404))
+            << c.name;
+        EXPECT_EQ(c.body, world.body) << c.name;
+        EXPECT_EQ(c.error, world.error) << c.name;
+        EXPECT_EQ(c.sleeps, FakeClock::sleeps()) << c.name;
+        EXPECT_EQ(c.sleeps.size() + 1, world.server.count("GET")) << c.name;
+    }
+}
+
+TEST(HttpPost, TriesAsOftenAsToldAndNeverTwiceAfterAnAnswer) {
+    struct Case {
+        const char* name;
+        std::vector<ScriptedAnswer> script;
+        int tries;
+        bool ok;
+        std::string body;
+        std::string error;
+        std::vector<std::int64_t> sleeps;
+        std::size_t sent;
+    };
+    const std::vector<Case> cases = {
+        {"no tries", answers({{200, "ok"}}), 0, false, "", THROTTLED, {}, 0},
+        {"negative tries", answers({{200, "ok"}}), -1, false, "", THROTTLED, {}, 0},
+        {"success", answers({{201, "ok"}}), 2, true, "ok", "", {}, 1},
+        {"one try", answers({{429, "slow"}, {200, "ok"}}), 1, false, "slow", THROTTLED, {}, 1},
+        {"two tries", answers({{429, "slow"}, {200, "ok"}}), 2, true, "ok", "", {400}, 2},
+        {"four in vain", answers({{429, ""}}), 4, false, "", THROTTLED, {400, 800, 1600}, 4},
+        {"404 is a failure", answers({{404, "no"}}), 4, false, "no", "HTTP 404 – no", {}, 1},
+        {"500 is not sent again",
+         answers({{500, "no"}, {200, "ok"}}),
+         4,
+         false,
+         "no",
+         "HTTP 500 – no",
+         {},
+         1},
+    };
+    for (const Case& c : cases) {
+        HttpWorld world;
+        world.server.on("POST", "/x", c.script);
+        EXPECT_EQ(c.ok, qv_clasp_http_post_json(world.url("/x"), "{}", world.body, world.error, 10, c.tries))
+            << c.name;
+        EXPECT_EQ(c.body, world.body) << c.name;
+        EXPECT_EQ(c.error, world.error) << c.name;
+        EXPECT_EQ(c.sleeps, FakeClock::sleeps()) << c.name;
+        EXPECT_EQ(c.sent, world.server.count("POST")) << c.name;
+    }
+}
+
+TEST(HttpClient, SendsWhatEachKindOfCallPromises) {
+    HttpWorld world;
+    world.server.otherwise({.status = 200, .body = "ok"});
+    const std::string body_with_zero("{\"a\":1}\0rest", 12);
+    const HttpCounts before = http_counts();
+    ASSERT_TRUE(qv_clasp_http_get(world.url("/get?a=b"), world.body, world.error, 10));
+    ASSERT_TRUE(qv_clasp_http_post_json(world.url("/post"), body_with_zero, world.body, world.error, 0, 1));
+    ASSERT_TRUE(qv_clasp_http_get_plain(world.url("/plain"), world.body, world.error));
+    const std::vector<ScriptedRequest> seen = world.server.requests();
+    ASSERT_EQ(3U, seen.size());
+    EXPECT_EQ("/get?a=b", seen[0].path);
+    EXPECT_EQ("Quorvelle-Clasp/0.1", seen[0].headers.at("user-agent"));
+    EXPECT_EQ("Quorvelle-Clasp/0.1", seen[1].headers.at("user-agent"));
+    EXPECT_EQ("application/json", seen[1].headers.at("content-type"));
+    EXPECT_EQ("{\"a\":1}", seen[1].body);
+    EXPECT_FALSE(seen[2].headers.contains("user-agent"));
+    EXPECT_EQ(before.gets + 2, http_counts().gets);
+    EXPECT_EQ(before.posts + 1, http_counts().posts);
+}
+
+TEST(HttpClient, FollowsAGetFiveTimesAndAPostNever) {
+    HttpWorld world;
+    const auto redirect = [](const std::string& to) {
+        return std::vector<ScriptedAnswer>{{.status = 302, .body = "moved", .location = to}};
+    };
+    for (int hop = 0; hop < 6; ++hop) {
+        world.server.on("GET", "/" + std::to_string(hop), redirect("/" + std::to_string(hop + 1)));
+    }
+    world.server.on("GET", "/6", "there");
+    world.server.on("POST", "/1", redirect("/6"));
+    world.server.on("GET", "/ftp", redirect("ftp://127.0.0.1/x"));
+    world.server.on("GET", "/file", redirect("file:///etc/hostname"));
+    EXPECT_TRUE(qv_clasp_http_get(world.url("/1"), world.body, world.error, 10));
+    EXPECT_EQ("there", world.body);
+    EXPECT_FALSE(qv_clasp_http_get(world.url("/0"), world.body, world.error, 10));
+    EXPECT_EQ(curl_easy_strerror(CURLE_TOO_MANY_REDIRECTS), world.error);
+    EXPECT_TRUE(qv_clasp_http_get_plain(world.url("/0"), world.body, world.error));
+    EXPECT_FALSE(qv_clasp_http_post_json(world.url("/1"), "{}", world.body, world.error, 10, 3));
+    EXPECT_EQ("HTTP 302 – moved", world.error);
+    for (const char* path : {"/ftp", "/file"}) {
+        EXPECT_FALSE(qv_clasp_http_get(world.url(path), world.body, world.error, 10)) << path;
+        EXPECT_EQ(curl_easy_strerror(CURLE_UNSUPPORTED_PROTOCOL), world.error) << path;
+        EXPECT_FALSE(qv_clasp_http_get_plain(world.url(path), world.body, world.error)) << path;
+    }
+}
+
+TEST(HttpClient, ATransportFailureIsToldInCurlsWordsAndNotRepeated) {
+    HttpWorld world;
+    world.server.otherwise({.status = 200, .body = "", .hang_up = true});
+    EXPECT_FALSE(qv_clasp_http_get(world.url("/x"), world.body, world.error, 10));
+    EXPECT_FALSE(world.error.empty());
+    EXPECT_FALSE(qv_clasp_http_post_json(world.url("/x"), "{}", world.body, world.error, 10, 4));
+    EXPECT_FALSE(world.error.empty());
+    EXPECT_EQ(1U, world.server.count("GET"));
+    EXPECT_EQ(1U, world.server.count("POST"));
+    EXPECT_TRUE(FakeClock::sleeps().empty());
+
+    std::string closed;
+    {
+        const ScriptedServer gone;
+        closed = gone.base();
+    }
+    EXPECT_FALSE(qv_clasp_http_get(closed, world.body, world.error, 10));
+    EXPECT_EQ(curl_easy_strerror(CURLE_COULDNT_CONNECT), world.error);
+    EXPECT_FALSE(qv_clasp_http_get("no address at all", world.body, world.error, 10));
+    EXPECT_FALSE(world.error.empty());
+}
+
+TEST(HttpClient, AGetWaitsAtLeastTwoSecondsAndAPostAsLongAsTold) {
+    HttpWorld world;
+    world.server.otherwise({.status = 200, .body = "late", .delay_ms = 1050});
+    EXPECT_TRUE(qv_clasp_http_get(world.url("/x"), world.body, world.error, 0)) << world.error;
+    EXPECT_TRUE(qv_clasp_http_post_json(world.url("/x"), "{}", world.body, world.error, 0, 1)) << world.error;
+    EXPECT_FALSE(qv_clasp_http_post_json(world.url("/x"), "{}", world.body, world.error, 1, 3));
+    EXPECT_EQ(curl_easy_strerror(CURLE_OPERATION_TIMEDOUT), world.error);
+    EXPECT_EQ(2U, world.server.count("POST"));
+}
+
+TEST(HttpGetPlain, TellsTheStatusAloneAndNeverTriesAgain) {
+    HttpWorld world;
+    for (const int status : {302, 404, 429, 500}) {
+        world.server.clear_requests();
+        world.server.on("GET", "/x", "some words", status);
+        EXPECT_FALSE(qv_clasp_http_get_plain(world.url("/x"), world.body, world.error)) << status;
+        EXPECT_EQ("HTTP " + std::to_string(status), world.error);
+        EXPECT_EQ("some words", world.body);
+        EXPECT_EQ(1U, world.server.count("GET"));
+    }
+}
+
+TEST(HttpClient, CertificatesAreCheckedExceptByThePlainGetOnThisMachine) {
+    const ScriptedServer server(ScriptedServer::Transport::Tls);
+    HttpWorld world;
+    const std::string lower = "https://localhost:" + std::to_string(server.port());
+    const std::string capital = "https://LOCALHOST:" + std::to_string(server.port());
+    const auto get = [&](const std::string& url) {
+        return qv_clasp_http_get(url, world.body, world.error, 10, true);
+    };
+    const auto post = [&](const std::string& url) {
+        qv_clasp_http_post_json(url, "{}", world.body, world.error, 10, 1);
+        return world.error == "HTTP 404";
+    };
+    const auto plain = [&](const std::string& url) {
+        qv_clasp_http_get_plain(url, world.body, world.error);
+        return world.error == "HTTP 404";
+    };
+    EXPECT_TRUE(get(lower) && post(lower) && plain(capital)) << world.error;
+
+    Settings without_authority = settings();
+    without_authority.tls_ca_file.clear();
+    world.home.use_settings(without_authority);
+    EXPECT_FALSE(get(lower));
+    EXPECT_FALSE(post(lower));
+    EXPECT_FALSE(plain(capital));
+    EXPECT_TRUE(plain(lower)) << world.error;
+    EXPECT_TRUE(plain("https://127.0.0.1:" + std::to_string(server.port()))) << world.error;
+}
+
+TEST(HomeHostPin, NamesBothHostsOnPort443ForEveryUrlThatHoldsTheName) {
+    const TestHome home;
+    Settings pinned = settings();
+    pinned.home_host = "family.invalid";
+    pinned.home_host_pin = "127.0.0.1";
+    home.use_settings(pinned);
+    const std::vector<std::pair<std::string, bool>> urls = {
+        {"https://family.invalid/oi/submit", true},        {"https://www.family.invalid/x", true},
+        {"https://other.invalid/?q=family.invalid", true}, {"https://FAMILY.invalid/x", false},
+        {"https://other.invalid/x/y/z/a", false},          {"family", false},
+    };
+    CURL* handle = curl_easy_init();
+    for (const auto& [url, is_pinned] : urls) {
+        curl_slist* pins = qv_clasp_http_pin_home_host(handle, url);
+        ASSERT_EQ(is_pinned, pins != nullptr) << url;
+        if (pins == nullptr) continue;
+        EXPECT_STREQ("family.invalid:443:127.0.0.1", pins->data);
+        ASSERT_NE(nullptr, pins->next);
+        EXPECT_STREQ("www.family.invalid:443:127.0.0.1", pins->next->data);
+        EXPECT_EQ(nullptr, pins->next->next);
+        curl_slist_free_all(pins);
+    }
+    // The name is never looked up: what fails is at most the connection to this machine.
+    std::string body;
+    std::string error;
+    EXPECT_FALSE(qv_clasp_http_get("https://family.invalid/x", body, error, 10));
+    EXPECT_NE(curl_easy_strerror(CURLE_COULDNT_RESOLVE_HOST), error);
+
+    pinned.home_host_pin.clear();
+    home.use_settings(pinned);
+    EXPECT_EQ(nullptr, qv_clasp_http_pin_home_host(handle, "https://family.invalid/x"));
+    curl_easy_cleanup(handle);
+}
+
+TEST(HttpErrorText, ShowsAShortExcerptAndNeverAPage) {
+    struct Case {
+        long status;
+        std::string body;
+        std::string text;
+    };
+    const std::string letters(300, 'a');
+    const std::vector<Case> cases = {
+        {429, "<html>", THROTTLED},
+        {500, "", "HTTP 500"},
+        {500, "two words\r\n \n", "HTTP 500 – two words"},
+        {500, "  left alone\t\n", "HTTP 500 –   left alone\t"},
+        {500, " \n\r", "HTTP 500 – "},
+        {400, letters, "HTTP 400 – " + letters.substr(0, 120)},
+        {400, std::string(119, 'a') + "é", "HTTP 400 – " + std::string(119, 'a') + "\xC3"},
+        {503, "x <html lang>", "HTTP 503"},
+        {503, "\n<!DOCTYPE html>", "HTTP 503"},
+        {503, "<Html>", "HTTP 503 – <Html>"},
+        {503, "<!doctype>", "HTTP 503 – <!doctype>"},
+    };
+    EXPECT_EQ(77U, THROTTLED.size());
+    for (const Case& c : cases) EXPECT_EQ(c.text, qv_clasp_http_error_text(c.status, c.body)) << c.body;
+}
+
+TEST(HttpClient, ManyThreadsMayCallAtOnce) {
+    HttpWorld world;
+    world.server.on_any([](const ScriptedRequest& request, ScriptedAnswer& answer) {
+        answer.body = request.path + request.body;
+        return true;
+    });
+    qv_clasp_http_start();
+    std::vector<std::thread> threads;
+    std::vector<int> right(12, 0);
+    for (std::size_t t = 0; t < right.size(); ++t) {
+        threads.emplace_back([&world, &right, t] {
+            for (int i = 0; i < 4; ++i) {
+                std::string body;
+                std::string error;
+                const std::string path = "/" + std::to_string(t) + "/" + std::to_string(i);
+                if (qv_clasp_http_get(world.url(path), body, error, 30) && body == path) ++right[t];
+                if (qv_clasp_http_post_json(world.url(path), "!", body, error, 30, 1) && body == path + "!")
+                    ++right[t];
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    qv_clasp_http_stop();
+    EXPECT_EQ(static_cast<std::ptrdiff_t>(right.size()), std::ranges::count(right, 8));
+}
+
+}  // namespace
