@@ -1,0 +1,25 @@
+// The console program: the same round as in the window, driven by one command.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "console/console_arguments.h"
+#include "console/console_streams.h"
+#include "console/message_queue.h"
+#include "core/round_wallet.h"
+
+inline constexpr int CONSOLE_SUCCESS = 0;
+inline constexpr int CONSOLE_FAILED = 1;
+inline constexpr int CONSOLE_WRONG_USAGE = 2;
+
+// Reads the command line (without the program's name). False, with the usage on `streams.err`, for one that
+// is wrong, and for a payment that must be confirmed where there is no terminal to ask on.
+bool accept_request(const std::vector<std::string>& arguments, ConsoleStreams streams,
+                    ConsoleRequest& request_out);
+
+// Runs the command and returns the exit status. The result goes to `streams.out`, progress and failures to
+// `streams.err`. Blocks until the command and the workers that it started have ended. `queue` carries the
+// workers' messages; the log sink may post to it too.
+int run_console(const ConsoleRequest& request, const RoundWallet& wallet, MessageQueue& queue,
+                ConsoleStreams streams);

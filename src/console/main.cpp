@@ -1,0 +1,27 @@
+#include <string>
+#include <vector>
+
+#include "clasp/qv_clasp_wallet.h"
+#include "console/console_commands.h"
+#include "console/wallet_calls.h"
+#include "core/round_controller.h"
+#include "platform/program.h"
+
+int main(int count, char** values) {
+    const std::vector<std::string> arguments(values + (count > 0 ? 1 : 0), values + count);
+    const ConsoleStreams streams = process_streams();
+    ConsoleRequest request;
+    if (!accept_request(arguments, streams, request)) return CONSOLE_WRONG_USAGE;
+
+    qv_clasp_init(program_folder(), "The Bursaria");
+    qv_clasp_http_start();
+    int exit_status = CONSOLE_FAILED;
+    {
+        MessageQueue queue;
+        qv_clasp_set_log_sink(status_line_sink(queue.workers()));
+        exit_status = run_console(request, library_wallet(), queue, streams);
+        qv_clasp_set_log_sink(nullptr);
+    }
+    qv_clasp_http_stop();
+    return exit_status;
+}

@@ -1,0 +1,112 @@
+#include "records/payout_ledger.h"
+
+#include <limits>
+
+#include "base/clock.h"
+#include "base/json_file.h"
+#include "records/record_files.h"
+
+namespace {
+
+// A damaged file may hold any figures; their sum must still be one.
+void add_sats(std::int64_t& sum, std::int64_t sats) {
+    constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
+    constexpr std::int64_t least = std::numeric_limits<std::int64_t>::min();
+    if (sats > 0 && sum > most - sats)
+        sum = most;
+    else if (sats < 0 && sum < least - sats)
+        sum = least;
+    else
+        sum += sats;
+}
+
+PayoutEntry entry_from_json(const Json& row) {
+    PayoutEntry entry;
+    entry.token_id = json_text(row, "token_id");
+    entry.token_name = json_text(row, "token_name");
+    entry.name = json_text(row, "name");
+    entry.dest = json_text(row, "dest");
+    entry.txid = json_text(row, "txid");
+    entry.kind = json_text(row, "kind");
+    entry.sats = json_int(row, "sats");
+    entry.unix = json_int(row, "unix");
+    return entry;
+}
+
+Json ledger_for_appending(const std::string& path) {
+    Json ledger;
+    read_json_file(path, ledger);
+    if (!json_member(ledger, "entries").is_array()) {
+        ledger = Json::object();
+        ledger["entries"] = Json::array();
+    }
+    return ledger;
+}
+
+bool is_payout_on(const PayoutEntry& entry, const std::string& token_id) {
+    return entry.kind != APP_FEE_KIND && entry.token_id == token_id;
+}
+
+}  // namespace
+
+void append_payout(const std::string& token_id, const std::string& txid, std::int64_t sats,
+                   const std::string& dest, const std::string& name, const std::string& token_name,
+                   const std::string& kind) {
+    const std::string path = ledger_file_path();
+    Json ledger = ledger_for_appending(path);
+    ledger["entries"].push_back({{"token_id", token_id},
+                                 {"token_name", token_name},
+                                 {"txid", txid},
+                                 {"sats", sats},
+                                 {"dest", dest},
+                                 {"name", name},
+                                 {"kind", kind.empty() ? PAYOUT_KIND : kind},
+                                 {"unix", unix_seconds()}});
+    write_text_file(path, dump_json(ledger, 2));
+}
+
+std::vector<PayoutEntry> read_payout_entries() {
+    std::vector<PayoutEntry> entries;
+    Json ledger;
+    if (!read_json_file(ledger_file_path(), ledger)) return entries;
+    const Json& rows = json_member(ledger, "entries");
+    if (!rows.is_array()) return entries;
+    entries.reserve(rows.size());
+    for (const Json& row : rows) {
+        if (row.is_object()) entries.push_back(entry_from_json(row));
+    }
+    return entries;
+}
+
+std::int64_t paid_total(const std::string& token_id) {
+    return read_token_payouts(token_id).paid_total;
+}
+
+std::int64_t fees_total() {
+    std::int64_t total = 0;
+    for (const PayoutEntry& entry : read_payout_entries()) {
+        if (entry.kind == APP_FEE_KIND) add_sats(total, entry.sats);
+    }
+    return total;
+}
+
+std::int64_t received_by(const std::string& token_id, const std::string& dest) {
+    if (token_id.empty() || dest.empty()) return 0;
+    return read_token_payouts(token_id).received(dest);
+}
+
+std::int64_t TokenPayouts::received(const std::string& dest) const {
+    const auto found = received_by_dest.find(dest);
+    return found == received_by_dest.end() ? 0 : found->second;
+}
+
+TokenPayouts read_token_payouts(const std::string& token_id) {
+    TokenPayouts payouts;
+    for (const PayoutEntry& entry : read_payout_entries()) {
+        if (!is_payout_on(entry, token_id)) continue;
+        add_sats(payouts.paid_total, entry.sats);
+        if (!token_id.empty() && !entry.dest.empty())
+            add_sats(payouts.received_by_dest[entry.dest], entry.sats);
+    }
+    return payouts;
+}
