@@ -6,6 +6,7 @@
 #include "base/clock.h"
 #include "base/json_file.h"
 #include "base/sinks.h"
+#include "index/own_addresses.h"
 #include "paymail/paymail_claim.h"
 #include "platform/program.h"
 #include "wallet/binds.h"
@@ -107,10 +108,7 @@ std::string qv_clasp_unbind() {
 }
 
 bool qv_clasp_is_connected() {
-    if (qv_clasp_app_mode() && qv_clasp_read_bind().empty() && qv_clasp_active_wallet_id().empty())
-        return false;
-    const WalletLock lock = qv_clasp_lock_wallet();
-    return qv_clasp_load() && qv_clasp_session().hd;
+    return qv_clasp_wallet_ready();
 }
 
 std::string qv_clasp_write_request() {

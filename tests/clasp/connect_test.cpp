@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -65,13 +66,14 @@ class Connect : public testing::Test {
         add_wallet(home, OTHER_WALLET_ID, one_wallet_document(OTHER_WORDS));
         start_program_in(home);
     }
+    // The newest request.
     std::string request_id() const {
+        std::string newest;
         for (const auto& entry : std::filesystem::directory_iterator(utf8_path(home.root() + "/connect"))) {
             const std::string name = entry.path().filename().string();
-            const std::string id = name.substr(0, name.find('.'));
-            if (!home.exists("/connect/" + id + ".rep.json")) return id;
+            newest = std::max(newest, name.substr(0, name.find('.')));
         }
-        return "";
+        return newest;
     }
     void reply_at(int look, const std::string& reply) {
         wallet_program.act = [this, look, reply](int now) {

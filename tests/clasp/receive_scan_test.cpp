@@ -34,6 +34,10 @@ struct ScanWorld {
             return true;
         });
     }
+    ~ScanWorld() {
+        const WalletLock lock = qv_clasp_lock_wallet();
+        qv_clasp_wipe_session();
+    }
     void answer_balances(const ScriptedRequest& request, ScriptedAnswer& answer) {
         Json body;
         parse_json(request.body, body);
