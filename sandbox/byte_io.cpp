@@ -32,9 +32,6 @@ bool is_shortest(std::uint8_t opcode, const Bytes& data) {
 
 }  // namespace
 
-void put_u16(Bytes& out, std::uint16_t value) {
-    put_number(out, value, 2);
-}
 void put_u32(Bytes& out, std::uint32_t value) {
     put_number(out, value, 4);
 }

@@ -9,7 +9,6 @@
 
 namespace sandbox {
 
-void put_u16(Bytes& out, std::uint16_t value);
 void put_u32(Bytes& out, std::uint32_t value);
 void put_u64(Bytes& out, std::uint64_t value);
 void put_compact(Bytes& out, std::uint64_t value);

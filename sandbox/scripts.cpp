@@ -60,8 +60,9 @@ bool read_envelope(const Bytes& script, std::size_t& at, Envelope& envelope) {
     if (!read_op(script, next, op) || !op.is_push || op.data != ORD) return false;
     while (read_op(script, next, op)) {
         if (op.opcode == OP_ENDIF) {
+            if (envelope.content_type.empty()) return false;
             at = next;
-            return !envelope.content_type.empty();
+            return true;
         }
         if (!read_field(script, op, next, envelope)) return false;
     }

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "base/bytes.h"
 #include "sandbox/chain.h"

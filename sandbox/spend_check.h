@@ -3,6 +3,7 @@
 // there is none. Pure.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 

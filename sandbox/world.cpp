@@ -1,7 +1,7 @@
 #include "sandbox/world.h"
 
 #include <algorithm>
-#include <optional>
+#include <array>
 #include <stdexcept>
 
 #include "base/decimal_text.h"
