@@ -260,7 +260,9 @@ NameRegistrySnapshot qv_clasp_registry_snapshot() {
     const NamesLock lock;
     const Json registry = qv_clasp_registry_load();
     NameRegistrySnapshot snapshot;
-    for (const auto& [key, row] : json_member(registry, "names").items()) {
+    const Json& names = json_member(registry, "names");
+    if (!names.is_object()) return snapshot;
+    for (const auto& [key, row] : names.items()) {
         NameRegistryMatch match;
         match.pubkey = pubkey_of(row);
         match.pay_address = json_text(row, "address");

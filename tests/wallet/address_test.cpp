@@ -1,0 +1,100 @@
+#include "wallet/address.h"
+
+#include <gtest/gtest.h>
+
+#include "base/hex.h"
+#include "sandbox/keys.h"
+#include "tests/support/test_home.h"
+
+namespace {
+
+Hash160 hash_of(const std::string& hex) {
+    Hash160 hash{};
+    EXPECT_TRUE(qv_clasp_hex_decode_into(hex, hash.data(), hash.size()));
+    return hash;
+}
+
+}  // namespace
+
+TEST(Address, ReadsAndWritesThePublishedOnes) {
+    const Json vectors = test_data("base58.json");
+    for (const Json& row : vectors["p2pkhMainnet"]) {
+        const std::string text = json_text(row, "text");
+        const Hash160 expected = hash_of(json_text(row, "hash160"));
+        Hash160 hash{};
+        EXPECT_TRUE(qv_clasp_address_to_hash160(text, hash)) << text;
+        EXPECT_EQ(hash, expected) << text;
+        EXPECT_EQ(qv_clasp_address_from_hash160(expected), text);
+    }
+}
+
+TEST(Address, RefusesEverythingElseThatIsPublished) {
+    const Json vectors = test_data("base58.json");
+    Hash160 hash{};
+    for (const char* kind : {"wifMainnet", "otherKinds"}) {
+        for (const Json& row : vectors[kind]) {
+            EXPECT_FALSE(qv_clasp_address_to_hash160(json_text(row, "text"), hash)) << row.dump();
+        }
+    }
+    for (const Json& text : vectors["invalid"]) {
+        EXPECT_FALSE(qv_clasp_address_to_hash160(text.get<std::string>(), hash)) << text;
+    }
+}
+
+TEST(Address, NoticesEveryDamageToAnAddress) {
+    const Json cases = test_data("base58_mutations.json")["cases"];
+    for (const Json& row : cases) {
+        Hash160 hash{};
+        EXPECT_EQ(qv_clasp_address_to_hash160(json_text(row, "text"), hash), json_bool(row, "valid")) << row;
+    }
+}
+
+TEST(Address, HasLeadingOnesForLeadingZeroBytes) {
+    // From 1 to 20 zero bytes after the version: the shortest addresses there are, down to 27 characters and
+    // one of 26 by luck of the checksum.
+    for (std::size_t zeros = 0; zeros <= 20; ++zeros) {
+        Hash160 hash{};
+        std::fill(hash.begin() + static_cast<std::ptrdiff_t>(zeros), hash.end(), std::uint8_t{0xFF});
+        const std::string text = qv_clasp_address_from_hash160(hash);
+        EXPECT_EQ(text, sandbox::address_of(hash));
+        EXPECT_GT(text.find_first_not_of('1'), zeros) << text;
+        Hash160 back{};
+        const bool long_enough = text.size() >= 26;
+        EXPECT_EQ(qv_clasp_address_to_hash160(text, back), long_enough) << text;
+        if (long_enough) {
+            EXPECT_EQ(back, hash);
+        }
+        EXPECT_FALSE(qv_clasp_address_to_hash160("1" + text, back)) << "one zero byte too many";
+        EXPECT_FALSE(qv_clasp_address_to_hash160(text.substr(1), back)) << "one too few";
+    }
+}
+
+TEST(Address, OfAPublicKeyNeedsExactly33Bytes) {
+    const sandbox::KeyPair key = sandbox::key_from_priv(Bytes(32, 0x11));
+    const std::string pub = qv_clasp_hex_encode(key.pub);
+    EXPECT_EQ(qv_clasp_address_from_pub(pub), key.address);
+    for (const std::string& bad :
+         {std::string(), pub.substr(2), pub + "00", pub.substr(1), "zz" + pub.substr(2)}) {
+        EXPECT_EQ(qv_clasp_address_from_pub(bad), "") << bad;
+    }
+}
+
+TEST(PayToPublicKeyHash, IsRecognisedInExactlyItsOneForm) {
+    const Hash160 hash = hash_of("65a16059864a2fdbc7c99a4723a8395bc6f188eb");
+    const Bytes script = qv_clasp_p2pkh_script(hash);
+    EXPECT_EQ(qv_clasp_hex_encode(script), "76a91465a16059864a2fdbc7c99a4723a8395bc6f188eb88ac");
+    Hash160 found{};
+    EXPECT_TRUE(p2pkh_script_hash(script, found));
+    EXPECT_EQ(found, hash);
+    for (std::size_t at :
+         {std::size_t{0}, std::size_t{1}, std::size_t{2}, std::size_t{23}, std::size_t{24}}) {
+        Bytes other = script;
+        other[at] ^= 1;
+        EXPECT_FALSE(p2pkh_script_hash(other, found)) << at;
+    }
+    Bytes longer = script;
+    longer.push_back(0x61);
+    EXPECT_FALSE(p2pkh_script_hash(longer, found));
+    EXPECT_FALSE(p2pkh_script_hash(Bytes(script.begin(), script.end() - 1), found));
+    EXPECT_FALSE(p2pkh_script_hash({}, found));
+}

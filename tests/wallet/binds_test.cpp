@@ -1,0 +1,116 @@
+#include "wallet/binds.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/one_wallet.h"
+#include "wallet/data_root.h"
+#include "wallet/document_path.h"
+
+namespace {
+
+std::string bind_file(const std::string& instance) {
+    return "/binds/" + qv_clasp_bind_key(instance) + ".json";
+}
+
+void registry_of(const TestHome& home, std::initializer_list<Json> rows) {
+    home.write("/wallets.json", Json{{"wallets", Json(Json::array_t(rows))}});
+}
+
+}  // namespace
+
+TEST(BindKey, KeepsLettersAndDigitsOfTheLast96Bytes) {
+    std::string long_path;
+    std::string long_key;
+    for (int i = 0; i < 20; ++i) long_path += "C:\\Games\\é";
+    for (int i = 0; i < 20; ++i) long_key += "c__games___";
+    struct Row {
+        std::string instance, key;
+    };
+    for (const Row& row :
+         {Row{".", "_"}, Row{"", "default"}, Row{"/Opt/Bursaria-2", "_opt_bursaria_2"},
+          Row{std::string("a\0b", 3), "a_b"}, Row{std::string(96, 'X'), std::string(96, 'x')},
+          Row{std::string(104, 'x') + "Y", std::string(95, 'x') + "y"},
+          Row{long_path, long_key.substr(long_key.size() - 96)}}) {
+        EXPECT_EQ(qv_clasp_bind_key(row.instance), row.key) << row.instance;
+    }
+}
+
+TEST(Init, TakesItsDefaultsForAnEmptyIdentity) {
+    const TestHome home;
+    EXPECT_FALSE(qv_clasp_app_mode());
+    qv_clasp_set_active_wallet_id("w5");
+    EXPECT_EQ(qv_clasp_read_bind(), "w5") << "outside an application the selection is the bind";
+    qv_clasp_write_bind("w6");
+    qv_clasp_drop_bind();
+    EXPECT_EQ(qv_clasp_active_wallet_id(), "w5");
+    qv_clasp_init("", "");
+    EXPECT_TRUE(qv_clasp_app_mode());
+    EXPECT_EQ(qv_clasp_app_name(), "App");
+    EXPECT_EQ(qv_clasp_app_instance(), ".");
+    EXPECT_EQ(qv_clasp_bind_path(), home.root() + "/binds/_.json");
+    EXPECT_EQ(qv_clasp_active_wallet_id(), "");
+}
+
+TEST(Init, ChoosesTheWalletOfTheBindOrTheOnlyOne) {
+    const Json one = {{"id", "w1"}, {"name", "One"}};
+    const Json two = {{"id", "w2"}, {"name", "Two"}};
+    struct Row {
+        const char* what;
+        std::vector<Json> wallets;
+        std::string bind;
+        std::string active;
+        bool bind_written;
+    };
+    for (const Row& row :
+         {Row{"a bind wins", {one, two}, R"({"wallet_id": "w2"})", "w2", false},
+          Row{"a bind to a wallet that nobody knows", {one}, R"({"wallet_id": "w9"})", "w9", false},
+          Row{"one wallet, no bind", {one}, "", "w1", true},
+          Row{"one wallet, a damaged bind", {one}, "{", "w1", true},
+          Row{"one wallet, a bind of another shape", {one}, R"({"wallet_id": 4})", "w1", true},
+          Row{"one wallet, a bind that is a list", {one}, R"(["w1"])", "w1", true},
+          Row{"two wallets, no bind", {one, two}, "", "", false},
+          Row{"two wallets, a damaged bind", {one, two}, "\xFF", "", false},
+          Row{"no wallet", {}, "", "", false}, Row{"one row without an id", {{{"name", "x"}}}, "", "", false},
+          Row{"one row that is no object", {"w1"}, "", "", false}}) {
+        const TestHome home;
+        home.write("/wallets.json", Json{{"wallets", Json(row.wallets)}});
+        if (!row.bind.empty()) home.write(bind_file("/p"), row.bind);
+        qv_clasp_set_active_wallet_id("left over");
+        qv_clasp_init("/p", "The Bursaria");
+        EXPECT_EQ(qv_clasp_active_wallet_id(), row.active) << row.what;
+        const Json expected = {{"app", "The Bursaria"}, {"instance", "/p"}, {"wallet_id", row.active}};
+        if (row.bind_written) {
+            EXPECT_EQ(home.read(bind_file("/p")), expected.dump(2)) << row.what;
+        } else {
+            EXPECT_EQ(home.read(bind_file("/p")), row.bind) << row.what;
+        }
+    }
+}
+
+TEST(Binds, OfTwoFoldersAreTwo) {
+    const TestHome home;
+    registry_of(home, {{{"id", "w1"}}, {{"id", "w2"}}});
+    qv_clasp_init("/a", "The Bursaria");
+    qv_clasp_write_bind("w1");
+    qv_clasp_init("/b", "The Bursaria");
+    EXPECT_EQ(qv_clasp_read_bind(), "");
+    qv_clasp_write_bind("w2");
+    qv_clasp_init("/a", "The Bursaria");
+    EXPECT_EQ(qv_clasp_read_bind(), "w1");
+    EXPECT_EQ(qv_clasp_document_path(), home.root() + "/wallets/w1/wallet.json");
+    qv_clasp_write_bind("");
+    EXPECT_EQ(qv_clasp_read_bind(), "w1") << "an empty id binds nothing";
+    qv_clasp_drop_bind();
+    EXPECT_EQ(qv_clasp_read_bind(), "");
+    EXPECT_EQ(qv_clasp_document_path(), home.root() + "/quorvelle_clasp.json");
+    EXPECT_TRUE(home.exists(bind_file("/b")));
+}
+
+TEST(Binds, ThatCannotBeWrittenAreStillSelected) {
+    const TestHome home;
+    qv_clasp_init("/a", "The Bursaria");
+    make_folder(home.root() + bind_file("/a"));
+    qv_clasp_write_bind("w1");
+    EXPECT_EQ(qv_clasp_active_wallet_id(), "w1");
+    EXPECT_EQ(qv_clasp_read_bind(), "");
+}

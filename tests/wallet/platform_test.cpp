@@ -1,0 +1,126 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+
+#include "platform/file_lock.h"
+#include "platform/file_replace.h"
+#include "platform/program.h"
+#include "platform/user_data.h"
+#include "tests/support/test_home.h"
+
+namespace {
+
+// Polls, since another process has to get there first.
+bool soon(const std::function<bool()>& holds) {
+    for (int tries = 0; tries < 2000; ++tries) {
+        if (holds()) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return false;
+}
+
+void set_or_unset(const char* name, const char* value) {
+    if (value)
+        ::setenv(name, value, 1);
+    else
+        ::unsetenv(name);
+}
+
+}  // namespace
+
+TEST(FamilyDataFolder, FollowsTheFirstHintThatTheEnvironmentGives) {
+    const TestHome home;
+    const std::string old_home = std::getenv("HOME") ? std::getenv("HOME") : "";
+    struct Row {
+        const char *local_app_data, *xdg_data_home, *home, *expected;
+    };
+    for (const Row& row :
+         {Row{"/a b/é", "/x", "/h", "/a b/é/Quorvelle"}, Row{"", "/x", "/h", "/x/Quorvelle"},
+          Row{nullptr, "relative", "/h", "/h/.local/share/Quorvelle"},
+          Row{nullptr, nullptr, "/h", "/h/.local/share/Quorvelle"}, Row{nullptr, "", "", "./Quorvelle"},
+          Row{nullptr, nullptr, nullptr, "./Quorvelle"}}) {
+        set_or_unset("LOCALAPPDATA", row.local_app_data);
+        set_or_unset("XDG_DATA_HOME", row.xdg_data_home);
+        set_or_unset("HOME", row.home);
+        EXPECT_EQ(family_data_folder(), row.expected);
+    }
+    ::setenv("HOME", old_home.c_str(), 1);
+    ::unsetenv("XDG_DATA_HOME");
+}
+
+TEST(PrivateFolder, IsItsOwnersAlone) {
+    const TestHome home;
+    const std::string folder = home.folder() + "/déep/er/Quorvelle";
+    create_private_folder(folder);
+    struct stat status {};
+    ASSERT_EQ(::stat(folder.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0700U);
+    ASSERT_EQ(::chmod(folder.c_str(), 0750), 0);
+    create_private_folder(folder);
+    ASSERT_EQ(::stat(folder.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0750U) << "what the user has set stays";
+}
+
+TEST(FileReplace, PutsOneFileInThePlaceOfAnother) {
+    const TestHome home;
+    home.write("/new", std::string("new"));
+    home.write("/old", std::string("old"));
+    EXPECT_TRUE(replace_file(home.root() + "/new", home.root() + "/old"));
+    EXPECT_EQ(home.read("/old"), "new");
+    EXPECT_FALSE(home.exists("/new"));
+    EXPECT_FALSE(replace_file(home.root() + "/new", home.root() + "/old")) << "there is nothing to put";
+    EXPECT_EQ(home.read("/old"), "new");
+    EXPECT_TRUE(move_file(home.root() + "/old", home.root() + "/moved"));
+    EXPECT_FALSE(move_file(home.root() + "/old", home.root() + "/moved"));
+    EXPECT_FALSE(move_file(home.root() + "/moved", home.root() + "/no folder/moved"));
+    EXPECT_EQ(home.read("/moved"), "new");
+}
+
+TEST(FileMove, CopiesToAnotherVolume) {
+    const TestHome home;
+    struct stat here {};
+    struct stat there {};
+    ASSERT_EQ(::stat(home.root().c_str(), &here), 0);
+    if (::stat("/dev/shm", &there) != 0 || here.st_dev == there.st_dev) GTEST_SKIP() << "one volume only";
+    const std::string target = "/dev/shm/bursaria-move-" + std::to_string(::getpid());
+    home.write("/file", std::string("content"));
+    EXPECT_TRUE(move_file(home.root() + "/file", target));
+    std::string content;
+    EXPECT_TRUE(read_text_file(target, content));
+    EXPECT_EQ(content, "content");
+    EXPECT_FALSE(home.exists("/file"));
+    remove_file(target);
+}
+
+TEST(FileLock, IsNotHeldWhereTheFileDoesNotOpen) {
+    const TestHome home;
+    EXPECT_FALSE(FileLock(home.root() + "/no folder/lock").held());
+    EXPECT_TRUE(FileLock(home.root() + "/lock").held());
+    EXPECT_TRUE(FileLock(home.root() + "/lock").held()) << "the first one has gone";
+    EXPECT_EQ(home.read("/lock"), "");
+}
+
+TEST(Program, StartsAnotherInTheFolderThatItIsGiven) {
+    const TestHome home;
+    const std::string script = home.folder() + "/prögram.sh";
+    ASSERT_TRUE(write_text_file(script, "#!/bin/sh\npwd > started.tmp\nmv started.tmp started\n"));
+    EXPECT_FALSE(start_program(script, home.root())) << "it may not be run";
+    ASSERT_EQ(::chmod(script.c_str(), 0700), 0);
+    EXPECT_TRUE(start_program(script, home.root()));
+    EXPECT_TRUE(soon([&] { return home.exists("/started"); }));
+    EXPECT_EQ(home.read("/started"), home.root() + "\n");
+    EXPECT_FALSE(start_program(home.folder() + "/missing", home.root()));
+    EXPECT_FALSE(start_program(script, home.folder() + "/missing"));
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "nobody is left to be waited for";
+}
+
+TEST(Program, KnowsItsOwnFolder) {
+    const std::string folder = program_folder();
+    EXPECT_TRUE(folder.starts_with('/')) << folder;
+    EXPECT_FALSE(folder.ends_with('/')) << folder;
+    EXPECT_TRUE(file_exists(folder + "/test_wallet")) << folder;
+}

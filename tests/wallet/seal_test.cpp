@@ -1,0 +1,235 @@
+#include "wallet/seal.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "base/hex.h"
+#include "tests/support/one_wallet.h"
+#include "wallet/wallet_document.h"
+
+namespace {
+
+struct Envelope {
+    std::int64_t iter = 0;
+    Bytes salt, iv, tag, ct;
+    bool parse(const Json& json) { return qv_clasp_seal_parse(json, iter, salt, iv, tag, ct); }
+};
+
+void use_key(const std::string& key_hex) {
+    ASSERT_TRUE(qv_clasp_hex_decode_into(key_hex, qv_clasp_session().seal_key.data(), 32));
+}
+
+const std::string SOME_KEY(64, '5');
+
+Json some_envelope() {
+    return test_data("seal_vectors.json")["vectors"][0]["envelope"];
+}
+
+}  // namespace
+
+TEST(SealEnvelope, OpensWhatAnotherImplementationSealed) {
+    const WalletLock lock = qv_clasp_lock_wallet();
+    const Json vectors = test_data("seal_vectors.json")["vectors"];
+    for (const Json& row : vectors) {
+        Envelope envelope;
+        SecretText plain;
+        use_key(json_text(row, "key"));
+        ASSERT_TRUE(envelope.parse(row["envelope"])) << row["name"];
+        EXPECT_EQ(envelope.iter, json_int(row["envelope"], "iter"));
+        ASSERT_TRUE(qv_clasp_seal_decrypt(envelope.iv, envelope.tag, envelope.ct, plain)) << row["name"];
+        EXPECT_EQ(plain.view(), json_text(row, "plain"));
+    }
+}
+
+TEST(SealEnvelope, GivesNothingOfADamagedOne) {
+    const WalletLock lock = qv_clasp_lock_wallet();
+    const Json vectors = test_data("seal_vectors.json")["vectors"];
+    use_key(json_text(vectors[0], "key"));
+    Envelope good;
+    ASSERT_TRUE(good.parse(vectors[0]["envelope"]));
+    const auto refused = [](const Envelope& envelope) {
+        SecretText plain("left over");
+        const bool opened = qv_clasp_seal_decrypt(envelope.iv, envelope.tag, envelope.ct, plain);
+        return !opened && plain.empty();
+    };
+    for (std::size_t at = 0; at < good.ct.size(); ++at) {
+        Envelope envelope = good;
+        envelope.ct[at] ^= 0x10;
+        ASSERT_TRUE(refused(envelope)) << "byte " << at;
+    }
+    for (std::size_t at = 0; at < 16; ++at) {
+        Envelope envelope = good;
+        envelope.tag[at] ^= 1;
+        ASSERT_TRUE(refused(envelope)) << "tag byte " << at;
+    }
+    Envelope cut = good;
+    cut.ct.pop_back();
+    EXPECT_TRUE(refused(cut));
+    for (Bytes Envelope::*part : {&Envelope::iv, &Envelope::tag}) {
+        Envelope shorter = good;
+        (shorter.*part).pop_back();
+        EXPECT_TRUE(refused(shorter));
+        Envelope longer = good;
+        (longer.*part).push_back(0);
+        EXPECT_TRUE(refused(longer));
+    }
+    Envelope empty = good;
+    empty.ct.clear();
+    EXPECT_TRUE(refused(empty));
+    use_key(SOME_KEY);
+    EXPECT_TRUE(refused(good)) << "another key";
+}
+
+TEST(SealEnvelope, IsParsedByItsLimits) {
+    struct Row {
+        const char* what;
+        const char* key;
+        Json value;  // null: the key is taken away
+        bool accepted;
+    };
+    const std::string hex32(32, 'A');
+    for (const Row& row : {Row{"the default of iter", "iter", nullptr, true},
+                           Row{"iter", "iter", 9999, false},
+                           Row{"iter", "iter", 10000, true},
+                           Row{"iter", "iter", 5000000, true},
+                           Row{"iter", "iter", 5000001, false},
+                           Row{"iter", "iter", -210000, false},
+                           Row{"iter as text", "iter", "210000", false},
+                           Row{"iter as float", "iter", 210000.0, false},
+                           Row{"a huge iter", "iter", 18446744073709551615ULL, false},
+                           Row{"another kdf", "kdf", "scrypt", true},
+                           Row{"no kdf", "kdf", nullptr, true},
+                           Row{"no salt", "salt", nullptr, false},
+                           Row{"salt in capitals", "salt", hex32, true},
+                           Row{"short salt", "salt", hex32.substr(2), false},
+                           Row{"salt of 15.5 bytes", "salt", hex32.substr(1), false},
+                           Row{"iv of 11", "iv", hex32.substr(10), false},
+                           Row{"iv of 12", "iv", hex32.substr(8), true},
+                           Row{"iv of 13", "iv", hex32.substr(6), false},
+                           Row{"no iv", "iv", nullptr, false},
+                           Row{"tag of 15", "tag", hex32.substr(2), false},
+                           Row{"tag as number", "tag", 7, false},
+                           Row{"no ct", "ct", nullptr, false},
+                           Row{"empty ct", "ct", "", false},
+                           Row{"odd ct", "ct", "abc", false},
+                           Row{"ct that is no hex", "ct", "zz", false},
+                           Row{"other lock", "lock", "QV-LOCK2", false},
+                           Row{"lock in small", "lock", "qv-lock1", false},
+                           Row{"no lock", "lock", nullptr, false}}) {
+        Json json = some_envelope();
+        if (row.value.is_null())
+            json.erase(row.key);
+        else
+            json[row.key] = row.value;
+        Envelope envelope;
+        EXPECT_EQ(envelope.parse(json), row.accepted) << row.what << " " << row.value;
+        if (row.accepted && std::string(row.key) == "iter") {
+            EXPECT_EQ(envelope.iter, row.value.is_null() ? 210000 : row.value.get<std::int64_t>());
+        }
+    }
+    Envelope envelope;
+    for (const Json& root : {Json(), Json::array(), Json("QV-LOCK1"), Json(1)})
+        EXPECT_FALSE(envelope.parse(root));
+}
+
+TEST(SealEnvelope, IsWrittenInTheSharedFormWithAFreshNonce) {
+    const WalletLock lock = qv_clasp_lock_wallet();
+    use_key(SOME_KEY);
+    qv_clasp_session().seal_salt.fill(0xAB);
+    std::set<Bytes> nonces;
+    for (int round = 0; round < 20; ++round) {
+        Bytes iv, tag, ct;
+        ASSERT_TRUE(qv_clasp_seal_encrypt("{\"priv\": \"ü\"}", iv, tag, ct));
+        nonces.insert(iv);
+        Json json;
+        ASSERT_TRUE(parse_json(qv_clasp_seal_format(iv, tag, ct), json));
+        EXPECT_EQ(json, Json({{"lock", "QV-LOCK1"},
+                              {"kdf", "pbkdf2-sha256"},
+                              {"iter", 210000},
+                              {"salt", "abababababababababababababababab"},
+                              {"iv", qv_clasp_hex_encode(iv)},
+                              {"tag", qv_clasp_hex_encode(tag)},
+                              {"ct", qv_clasp_hex_encode(ct)}}));
+        Envelope envelope;
+        SecretText plain;
+        ASSERT_TRUE(envelope.parse(json));
+        ASSERT_TRUE(qv_clasp_seal_decrypt(envelope.iv, envelope.tag, envelope.ct, plain));
+        EXPECT_EQ(plain.view(), "{\"priv\": \"ü\"}");
+    }
+    EXPECT_EQ(nonces.size(), 20U);
+    Bytes iv, tag{1}, ct{1};
+    EXPECT_FALSE(qv_clasp_seal_encrypt("", iv, tag, ct));
+    EXPECT_TRUE(tag.empty() && ct.empty());
+}
+
+TEST(Lock, IsSeenInTheDocumentOrBesideIt) {
+    struct Row {
+        const char* what;
+        std::string document;
+        bool seal_file;
+        bool locked;
+    };
+    const std::string plain = one_wallet_document().dump();
+    for (const Row& row :
+         {Row{"a plain document", plain, false, false}, Row{"an empty seal beside it", plain, true, true},
+          Row{"a seal alone", "", true, true}, Row{"nothing", "", false, false},
+          Row{"an envelope", some_envelope().dump(), false, true},
+          Row{"the magic alone", R"({"lock":"QV-LOCK1"})", false, true},
+          Row{"another magic", R"({"lock":"QV-LOCK2"})", false, false},
+          Row{"a lock of another type", R"({"lock":1})", false, false},
+          Row{"the magic as a list", R"(["lock","QV-LOCK1"])", false, false},
+          Row{"half an envelope", R"({"lock":"QV-LOCK1")", false, false}}) {
+        const TestHome home;
+        start_program_in(home);
+        qv_clasp_set_active_wallet_id(ONE_WALLET_ID);
+        if (!row.document.empty()) home.write(ONE_WALLET_PATH, row.document);
+        if (row.seal_file) home.write(ONE_WALLET_PATH + ".seal", std::string());
+        const WalletLock lock = qv_clasp_lock_wallet();
+        EXPECT_EQ(qv_clasp_is_locked(), row.locked) << row.what;
+        EXPECT_EQ(qv_clasp_load(), row.document == plain) << row.what;
+        qv_clasp_wipe_session();
+    }
+}
+
+TEST(SealedWallet, ShutsAnEarlierGateThanTheDocument) {
+    const TestHome home;
+    bind_one_wallet(home);
+    home.write(ONE_WALLET_PATH + ".seal", std::string());
+    const WalletLock lock = qv_clasp_lock_wallet();
+    qv_clasp_session().seal_gate = true;
+    EXPECT_FALSE(qv_clasp_load());
+    qv_clasp_session().unlocked = true;
+    EXPECT_TRUE(qv_clasp_load());
+}
+
+TEST(SealedWallet, OpensAndSavesWithAnUnlockedSession) {
+    const TestHome home;
+    const Json vector = test_data("seal_vectors.json")["vectors"][0];
+    bind_one_wallet(home, vector["envelope"]);
+    const WalletLock lock = qv_clasp_lock_wallet();
+    EXPECT_FALSE(qv_clasp_seal_write("text")) << "not unlocked";
+    qv_clasp_session().paymail = "as before";
+    EXPECT_FALSE(qv_clasp_load());
+    EXPECT_EQ(qv_clasp_session().paymail, "as before") << "a locked wallet leaves the session alone";
+
+    qv_clasp_session().unlocked = true;
+    use_key(SOME_KEY);
+    EXPECT_FALSE(qv_clasp_load()) << "a wrong key";
+    use_key(json_text(vector, "key"));
+    ASSERT_TRUE(qv_clasp_load());
+    EXPECT_EQ(qv_clasp_session().address, receive_address(0));
+    EXPECT_EQ(qv_clasp_session().paymail, "mira");
+
+    qv_clasp_session().paymail = "mira2";
+    ASSERT_TRUE(qv_clasp_save());
+    Envelope envelope;
+    SecretText plain;
+    ASSERT_TRUE(envelope.parse(home.read_json(ONE_WALLET_PATH + ".seal")));
+    ASSERT_TRUE(qv_clasp_seal_decrypt(envelope.iv, envelope.tag, envelope.ct, plain));
+    EXPECT_EQ(plain.view(), home.read(ONE_WALLET_PATH)) << "the seal holds what the document holds";
+
+    remove_file(home.root() + ONE_WALLET_PATH + ".seal");
+    make_folder(home.root() + ONE_WALLET_PATH + ".seal");
+    EXPECT_FALSE(qv_clasp_save()) << "a seal that cannot be written fails the save";
+}

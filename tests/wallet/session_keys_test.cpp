@@ -1,0 +1,262 @@
+#include "wallet/session_keys.h"
+
+#include <gtest/gtest.h>
+#include <openssl/evp.h>
+
+#include "base/clock.h"
+#include "base/hex.h"
+#include "tests/support/one_wallet.h"
+#include "wallet/hashes.h"
+#include "wallet/wallet_document.h"
+#include "wallet/wallet_session.h"
+
+namespace {
+
+struct Derived {
+    SecretText priv;
+    std::string pub, address;
+};
+
+// The key that the sandbox's own derivation finds on the path.
+void expect_key(const Derived& key, const std::string& path) {
+    const sandbox::KeyPair expected = one_wallet_key(path);
+    EXPECT_EQ(key.priv.view(), qv_clasp_hex_encode(expected.priv)) << path;
+    EXPECT_EQ(key.pub, qv_clasp_hex_encode(expected.pub)) << path;
+    EXPECT_EQ(key.address, expected.address) << path;
+}
+
+void expect_nothing(const Derived& key) {
+    EXPECT_TRUE(key.priv.empty());
+    EXPECT_EQ(key.pub + key.address, "");
+}
+
+Derived left_over() {
+    return {SecretText("old"), "old", "old"};
+}
+
+Json document_with(const Json& recv, std::uint32_t show = 0) {
+    Json document = one_wallet_document();
+    document["recv"] = recv;
+    document["show"] = show;
+    return document;
+}
+
+// A mnemonic wallet, loaded, with the wallet mutex held.
+class SessionKeys : public ::testing::Test {
+ protected:
+    void load(const Json& recv, std::uint32_t show = 0) {
+        bind_one_wallet(home_, document_with(recv, show));
+        ASSERT_TRUE(qv_clasp_load());
+    }
+    void TearDown() override { qv_clasp_wipe_session(); }
+
+    TestHome home_;
+    WalletLock lock_ = qv_clasp_lock_wallet();
+};
+
+bool finds(const std::string& address, const std::string& path) {
+    Derived key = left_over();
+    const bool found = qv_clasp_find_key(address, key.priv, key.pub);
+    EXPECT_EQ(qv_clasp_owns_address(address), found) << address;
+    if (!found) {
+        EXPECT_TRUE(key.priv.empty() && key.pub.empty()) << address;
+        return false;
+    }
+    key.address = address;
+    expect_key(key, path);
+    return true;
+}
+
+}  // namespace
+
+TEST_F(SessionKeys, AreThoseOfTheirPaths) {
+    load({0, 5, 0, 0, 0, 2}, 3);
+    const QvClaspSession& session = qv_clasp_session();
+    expect_key({session.priv, session.pub, session.address}, "1'/0/3");
+    EXPECT_EQ(session.identity_address, one_wallet_key("100'/0/0").address);
+    EXPECT_EQ(session.identity_pub, qv_clasp_hex_encode(one_wallet_key("100'/0/0").pub));
+    for (std::uint32_t account = 0; account < 6; ++account) {
+        for (const std::uint32_t index : {7U, 0U, 1U, HARDENED - 1}) {
+            Derived key = left_over();
+            const std::string path = std::to_string(account) + "'/0/" + std::to_string(index);
+            ASSERT_TRUE(qv_clasp_derive_account(account, index, key.priv, key.pub, key.address));
+            expect_key(key, path);
+            EXPECT_EQ(qv_clasp_account_address(account, index), key.address);
+        }
+    }
+    Derived key = left_over();
+    ASSERT_TRUE(qv_clasp_derive_ordinal_change(4, key.priv, key.pub, key.address));
+    expect_key(key, "5'/1/4");
+    std::string error;
+    ASSERT_TRUE(qv_clasp_bn_key(key.pub, key.priv, key.address, error));
+    expect_key(key, "102'/0/0");
+}
+
+TEST_F(SessionKeys, AreNotGivenForAnUnknownAccountOrWithoutWords) {
+    load({0, 0, 0, 0, 0, 0});
+    Derived key = left_over();
+    EXPECT_FALSE(qv_clasp_derive_account(6, 0, key.priv, key.pub, key.address));
+    expect_nothing(key);
+    EXPECT_EQ(qv_clasp_account_address(6, 0), "");
+    qv_clasp_wipe_session();
+    qv_clasp_session().hd = true;
+    const QvClaspKeyPath path{{HARDENED | 44U, HARDENED | 236U, HARDENED | 1U, 0, 0}};
+    for (const auto& derive : std::initializer_list<std::function<bool(Derived&)>>{
+             [&](Derived& k) { return qv_clasp_derive(path, k.priv, k.pub, k.address); },
+             [](Derived& k) { return qv_clasp_derive_account(1, 0, k.priv, k.pub, k.address); },
+             [](Derived& k) { return qv_clasp_derive_ordinal_change(0, k.priv, k.pub, k.address); },
+             [](Derived& k) { return qv_clasp_derive_identity(k.priv, k.pub, k.address); }}) {
+        key = left_over();
+        EXPECT_FALSE(derive(key));
+        expect_nothing(key);
+    }
+    EXPECT_FALSE(qv_clasp_derive_addresses());
+    EXPECT_FALSE(finds(receive_address(0), ""));
+}
+
+TEST_F(SessionKeys, AreFoundByAddressUpToEachCounterInclusive) {
+    load({2, 5, 0, 1, 0, 3});
+    struct Row {
+        std::string path;
+        bool found;
+    };
+    for (const Row& row :
+         {Row{"5'/0/3", true}, Row{"5'/0/4", false}, Row{"0'/0/0", true}, Row{"0'/0/2", true},
+          Row{"0'/0/3", false}, Row{"1'/0/5", true}, Row{"1'/0/6", false}, Row{"2'/0/0", true},
+          Row{"2'/0/1", false}, Row{"3'/0/1", true}, Row{"4'/0/0", true}, Row{"5'/0/0", true},
+          Row{"5'/1/0", false}, Row{"1'/1/0", false}, Row{"100'/0/0", true}, Row{"100'/0/1", false},
+          Row{"102'/0/0", false}, Row{"6'/0/0", false}}) {
+        EXPECT_EQ(finds(one_wallet_key(row.path).address, row.path), row.found) << row.path;
+    }
+    for (const std::string& bad :
+         {std::string(), std::string("1"), receive_address(0) + " ", receive_address(0).substr(1)}) {
+        EXPECT_FALSE(finds(bad, "")) << bad;
+    }
+}
+
+TEST_F(SessionKeys, AreOwnedFurtherUpOnceTheCounterHasGrown) {
+    load({0, 1, 0, 0, 0, 0});
+    // A scan has derived what lies beyond the counter; that does not make it the wallet's own.
+    for (std::uint32_t index = 2; index < 12; ++index) qv_clasp_account_address(RECEIVE_ACCOUNT, index);
+    EXPECT_FALSE(finds(receive_address(7), ""));
+    EXPECT_FALSE(finds(receive_address(20), ""));
+    qv_clasp_session().recv[RECEIVE_ACCOUNT] = 20;
+    EXPECT_TRUE(finds(receive_address(7), "1'/0/7"));
+    EXPECT_TRUE(finds(receive_address(20), "1'/0/20"));
+    qv_clasp_session().recv[RECEIVE_ACCOUNT] = 6;
+    EXPECT_FALSE(finds(receive_address(7), "")) << "a counter that fell back";
+    EXPECT_TRUE(finds(receive_address(6), "1'/0/6"));
+}
+
+TEST_F(SessionKeys, OfOneWalletAreForgottenWithIt) {
+    load({0, 1, 0, 0, 0, 0});
+    EXPECT_TRUE(finds(receive_address(1), "1'/0/1"));
+    const std::string other_words =
+        "legal winner thank year wave sausage worth useful legal winner thank yellow";
+    add_wallet(home_, "w2", one_wallet_document(other_words));
+    qv_clasp_wipe_session();
+    qv_clasp_set_active_wallet_id("w2");
+    ASSERT_TRUE(qv_clasp_load());
+    EXPECT_FALSE(finds(receive_address(1), ""));
+    EXPECT_TRUE(qv_clasp_owns_address(sandbox::derive(other_words, "m/44'/236'/1'/0/0").address));
+    EXPECT_TRUE(qv_clasp_owns_address(sandbox::derive(other_words, "m/44'/236'/100'/0/0").address));
+}
+
+TEST_F(SessionKeys, AreDerivedOnceForALongChain) {
+    load({0, 400, 0, 0, 0, 0});
+    const auto time_ns = [](const std::function<void()>& job) {
+        const std::int64_t start = monotonic_ns();
+        job();
+        return monotonic_ns() - start;
+    };
+    const std::int64_t first =
+        time_ns([] { EXPECT_FALSE(qv_clasp_owns_address("1BitcoinEaterAddressDontSendf59kuE")); });
+    const std::int64_t all_again = time_ns([&] {
+        for (std::uint32_t index = 0; index <= 400; ++index) {
+            Derived key;
+            const std::string address = qv_clasp_account_address(RECEIVE_ACCOUNT, index);
+            ASSERT_TRUE(qv_clasp_find_key(address, key.priv, key.pub));
+        }
+        EXPECT_FALSE(qv_clasp_owns_address("1BitcoinEaterAddressDontSendf59kuE"));
+    });
+    RecordProperty("first_walk_us", std::to_string(first / 1000));
+    RecordProperty("all_again_us", std::to_string(all_again / 1000));
+    // The walk has 406 curve multiplications; finding all of the keys afterwards has none.
+    EXPECT_LT(all_again, first);
+    expect_key({qv_clasp_session().priv, qv_clasp_session().pub, qv_clasp_session().address}, "1'/0/0");
+}
+
+TEST_F(SessionKeys, ShowIsClampedToTheCounter) {
+    load({0, 5, 0, 0, 0, 0}, 9);
+    EXPECT_EQ(qv_clasp_session().show, 5U);
+    EXPECT_EQ(qv_clasp_session().address, receive_address(5));
+    qv_clasp_session().show = 9;
+    EXPECT_TRUE(qv_clasp_derive_addresses());
+    EXPECT_EQ(qv_clasp_session().show, 5U);
+}
+
+TEST_F(SessionKeys, TellTheNameRegistryTheOrdinalAddress) {
+    const std::string identity = qv_clasp_hex_encode(one_wallet_key("100'/0/0").pub);
+    home_.write("/quorvelle_paymail.json",
+                Json{{"names", {{"mira", {{"pubkey", identity}}}, {"nils", {{"pubkey", "02ab"}}}}}});
+    load({0, 0, 0, 0, 0, 3});
+    const Json names = home_.read_json("/quorvelle_paymail.json")["names"];
+    EXPECT_EQ(json_text(names["mira"], "ordAddress"), one_wallet_key("5'/0/3").address);
+    EXPECT_FALSE(names["nils"].contains("ordAddress"));
+}
+
+TEST_F(SessionKeys, OfALegacyWalletAreItsOneKey) {
+    const sandbox::KeyPair key = sandbox::key_from_priv(Bytes(32, 0x33));
+    bind_one_wallet(home_, {{"priv", qv_clasp_hex_encode(key.priv)}});
+    ASSERT_TRUE(qv_clasp_load());
+    Derived found;
+    ASSERT_TRUE(qv_clasp_find_key(key.address, found.priv, found.pub));
+    EXPECT_EQ(found.priv.view(), qv_clasp_hex_encode(key.priv));
+    EXPECT_EQ(found.pub, qv_clasp_hex_encode(key.pub));
+    EXPECT_FALSE(qv_clasp_find_key(receive_address(0), found.priv, found.pub));
+    EXPECT_TRUE(found.priv.empty());
+    EXPECT_TRUE(qv_clasp_derive_addresses()) << "it has an address";
+}
+
+TEST_F(SessionKeys, SignATextAsTheIdentity) {
+    load({0, 0, 0, 0, 0, 0});
+    const sandbox::KeyPair identity = one_wallet_key("100'/0/0");
+    for (const std::size_t size : {0U, 1U, 252U, 253U, 70000U}) {
+        const std::string text(size, 'x');
+        std::string pub, signature, error = "old";
+        ASSERT_TRUE(qv_clasp_sign_identity(text, pub, signature, error));
+        EXPECT_EQ(error, "");
+        EXPECT_EQ(pub, qv_clasp_hex_encode(identity.pub));
+        ASSERT_EQ(signature.size(), 88U);
+        EXPECT_TRUE(signature.ends_with("=="));
+        Bytes rs(66);
+        const auto* base64 = reinterpret_cast<const unsigned char*>(signature.data());
+        ASSERT_EQ(EVP_DecodeBlock(rs.data(), base64, 88), 66);
+        rs.resize(64);
+        if (size <= 0xFFFF) {
+            EXPECT_TRUE(sandbox::verify_compact(identity.pub, sandbox::message_digest(text), rs)) << size;
+        }
+    }
+}
+
+TEST_F(SessionKeys, SayWhyTheyDoNotSign) {
+    const auto errors = [] {
+        std::string pub = "old", signature = "old", address = "old", sign_error, bn_error;
+        SecretText priv("old");
+        EXPECT_FALSE(qv_clasp_sign_identity("text", pub, signature, sign_error));
+        EXPECT_EQ(pub + signature, "");
+        EXPECT_FALSE(qv_clasp_bn_key(pub, priv, address, bn_error));
+        EXPECT_EQ(pub + address, "");
+        EXPECT_TRUE(priv.empty());
+        return sign_error + " / " + bn_error;
+    };
+    EXPECT_EQ(errors(), "Clasp HD wallet not connected / Clasp HD wallet not connected");
+    bind_one_wallet(home_, {{"priv", std::string(64, '3')}});
+    EXPECT_EQ(errors(), "Clasp HD wallet not connected / Clasp HD wallet not connected") << "a legacy wallet";
+    qv_clasp_wipe_session();
+    home_.write(ONE_WALLET_PATH, one_wallet_document());
+    ASSERT_TRUE(qv_clasp_load());
+    qv_clasp_session().mnemonic.wipe();
+    qv_clasp_forget_master(qv_clasp_session());
+    EXPECT_EQ(errors(), "could not derive Clasp identity key / could not derive the BN key");
+}

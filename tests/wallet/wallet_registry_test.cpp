@@ -1,0 +1,251 @@
+#include "wallet/wallet_registry.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "tests/support/fake_clock.h"
+#include "tests/support/one_wallet.h"
+#include "wallet/data_root.h"
+#include "wallet/wallet_document.h"
+#include "wallet/wallet_session.h"
+
+namespace {
+
+const Json NO_WALLETS = {{"wallets", Json::array()}};
+
+int open_descriptors() {
+    int count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        (void)entry;
+        ++count;
+    }
+    return count;
+}
+
+// In a child process: adds one to the number in the registry, many times, each time under the lock.
+[[noreturn]] void count_up(int times) {
+    for (int i = 0; i < times; ++i) {
+        const RegistryLock lock;
+        Json registry = qv_clasp_read_registry();
+        registry["count"] = json_int(registry, "count") + 1;
+        if (!qv_clasp_write_registry(registry)) ::_exit(1);
+    }
+    ::_exit(0);
+}
+
+}  // namespace
+
+TEST(NewId, IsNeverTheSameTwice) {
+    const FakeClock still;
+    const std::string first = qv_clasp_new_id();
+    const std::string second = qv_clasp_new_id();
+    EXPECT_NE(first, second);
+    for (const std::string& id : {first, second}) {
+        EXPECT_EQ(id.front(), 'w');
+        EXPECT_EQ(id.size(), 14U) << id;
+        EXPECT_EQ(id.find_first_not_of("0123456789", 1), std::string::npos) << id;
+    }
+}
+
+TEST(Registry, IsReadAsAnObjectWithWalletsWhateverTheFileHolds) {
+    const TestHome home;
+    EXPECT_EQ(qv_clasp_read_registry(), NO_WALLETS) << "no file";
+    for (const char* content :
+         {"", "{", "[]", "null", "3", "{}", R"({"wallets": {}})", R"({"wallets": "w1"})",
+          R"({"wallets": null})", "\xFF\xFE", R"({"wallets":[)"}) {
+        home.write("/wallets.json", std::string(content));
+        EXPECT_EQ(qv_clasp_read_registry(), NO_WALLETS) << content;
+    }
+    home.write("/wallets.json", std::string(R"({"wallets": 1, "active": "w2"})"));
+    EXPECT_EQ(qv_clasp_read_registry(), Json({{"wallets", Json::array()}, {"active", "w2"}}));
+}
+
+TEST(Registry, IsWrittenIndentedWithALineFeedAndNothingBeside) {
+    const TestHome home;
+    EXPECT_TRUE(qv_clasp_write_registry({{"wallets", {{{"id", "w1"}, {"name", "é"}}}}, {"active", "w1"}}));
+    EXPECT_EQ(home.read("/wallets.json"),
+              "{\n  \"active\": \"w1\",\n  \"wallets\": [\n    {\n      \"id\": \"w1\",\n"
+              "      \"name\": \"é\"\n    }\n  ]\n}\n");
+    EXPECT_FALSE(home.exists("/wallets.json.tmp"));
+}
+
+TEST(Registry, KeepsTheOldFileWhereTheNewOneCannotTakeItsPlace) {
+    const TestHome home;
+    make_folder(home.root() + "/wallets.json/in the way");
+    EXPECT_FALSE(qv_clasp_write_registry(NO_WALLETS));
+    EXPECT_TRUE(home.exists("/wallets.json/in the way"));
+    EXPECT_FALSE(home.exists("/wallets.json.tmp"));
+    make_folder(home.root() + "/wallets.json.tmp");
+    EXPECT_FALSE(qv_clasp_write_registry(NO_WALLETS)) << "the temporary file does not open";
+}
+
+TEST(Registry, NamesWalletsByTheirRows) {
+    const TestHome home;
+    home.write("/wallets.json", Json{{"wallets",
+                                      {{{"id", "w1"}, {"name", "First"}},
+                                       "no row",
+                                       {{"id", ""}, {"name", "nobody"}},
+                                       {{"id", 7}, {"name", "a number"}},
+                                       {{"id", "w2"}},
+                                       {{"id", "w3"}, {"name", 5}},
+                                       {{"id", "w1"}, {"name", "again"}}}}});
+    using Pairs = std::vector<std::pair<std::string, std::string>>;
+    EXPECT_EQ(qv_clasp_list_wallets(), (Pairs{{"w1", "First"}, {"w2", "w2"}, {"w3", "w3"}, {"w1", "again"}}));
+    EXPECT_EQ(qv_clasp_wallet_name("w1"), "First");
+    EXPECT_EQ(qv_clasp_wallet_name("w2"), "w2");
+    EXPECT_EQ(qv_clasp_wallet_name("w9"), "w9");
+}
+
+TEST(Registry, RowTakesTheNameOfThePaymail) {
+    const TestHome home;
+    home.write("/wallets.json", Json{{"wallets", {{{"id", "w1"}, {"name", "Wallet 1"}, {"kept", true}}, 4}}});
+    const WalletLock lock = qv_clasp_lock_wallet();
+    qv_clasp_set_wallet_name("w1");
+    EXPECT_EQ(qv_clasp_wallet_name("w1"), "Wallet 1") << "no paymail, no change";
+    qv_clasp_session().paymail = "mira";
+    qv_clasp_set_wallet_name("");
+    qv_clasp_set_wallet_name("w9");
+    EXPECT_EQ(qv_clasp_wallet_name("w1"), "Wallet 1");
+    qv_clasp_set_wallet_name("w1");
+    EXPECT_EQ(home.read_json("/wallets.json")["wallets"][0],
+              Json({{"id", "w1"}, {"name", "mira"}, {"kept", true}}));
+    const auto written = std::filesystem::last_write_time(utf8_path(home.root() + "/wallets.json"));
+    qv_clasp_set_wallet_name("w1");
+    EXPECT_EQ(std::filesystem::last_write_time(utf8_path(home.root() + "/wallets.json")), written)
+        << "the same name is not written again";
+    qv_clasp_wipe_session();
+}
+
+TEST(RegistryLockFile, IsOpenedOnceForNestedHolds) {
+    const TestHome home;
+    const int before = open_descriptors();
+    {
+        const RegistryLock outer;
+        EXPECT_EQ(open_descriptors(), before + 1);
+        const RegistryLock inner;
+        qv_clasp_list_wallets();
+        EXPECT_EQ(open_descriptors(), before + 1);
+    }
+    EXPECT_EQ(open_descriptors(), before);
+    EXPECT_EQ(home.read("/wallets.lock"), "");
+    EXPECT_TRUE(home.exists("/wallets.lock"));
+}
+
+TEST(RegistryLockFile, IsReleasedWhenAnExceptionPasses) {
+    const TestHome home;
+    const int before = open_descriptors();
+    EXPECT_THROW(
+        {
+            const RegistryLock lock;
+            throw std::runtime_error("on the way out");
+        },
+        std::runtime_error);
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST(RegistryLockFile, ThatDoesNotOpenLeavesTheMutexToGuardTheThreads) {
+    const TestHome home;
+    make_folder(home.root() + "/wallets.lock");
+    std::atomic<int> inside{0};
+    std::atomic<bool> met{false};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < 50; ++round) {
+                const RegistryLock lock;
+                if (++inside != 1) met = true;
+                --inside;
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_FALSE(met);
+}
+
+TEST(RegistryLockFile, SerialisesTwoProcesses) {
+    const TestHome home;
+    constexpr int TIMES = 40;
+    std::vector<pid_t> children;
+    for (int i = 0; i < 3; ++i) {
+        const pid_t child = ::fork();
+        if (child == 0) count_up(TIMES);
+        children.push_back(child);
+    }
+    for (const pid_t child : children) {
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    }
+    EXPECT_EQ(json_int(home.read_json("/wallets.json"), "count"), 3 * TIMES) << "an update was lost";
+}
+
+TEST(RegistryLockFile, MakesAnotherProcessWaitForItsEnd) {
+    const TestHome home;
+    int ready[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    pid_t child = 0;
+    {
+        // The child is there before the lock is, so that it inherits no hold of it.
+        child = ::fork();
+        if (child == 0) {
+            char go = 0;
+            if (::read(ready[0], &go, 1) != 1) ::_exit(2);
+            const RegistryLock lock;
+            ::_exit(file_exists(home.root() + "/released") ? 0 : 1);
+        }
+        const RegistryLock lock;
+        ASSERT_EQ(::write(ready[1], "g", 1), 1);
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        home.write("/released", std::string("1"));
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    ::close(ready[0]);
+    ::close(ready[1]);
+}
+
+TEST(Migration, MovesTheOldDocumentIntoAnEmptyRegistry) {
+    const TestHome home;
+    home.write("/quorvelle_clasp.json", one_wallet_document());
+    start_program_in(home);
+    const Json registry = home.read_json("/wallets.json");
+    ASSERT_EQ(registry["wallets"].size(), 1U);
+    const std::string id = json_text(registry["wallets"][0], "id");
+    EXPECT_EQ(registry, Json({{"active", id}, {"wallets", {{{"id", id}, {"name", "Wallet 1"}}}}}));
+    EXPECT_FALSE(home.exists("/quorvelle_clasp.json"));
+    EXPECT_EQ(home.read_json("/wallets/" + id + "/wallet.json"), one_wallet_document());
+    EXPECT_EQ(qv_clasp_active_wallet_id(), id) << "the one wallet is bound at once";
+    const WalletLock lock = qv_clasp_lock_wallet();
+    EXPECT_TRUE(qv_clasp_load());
+    qv_clasp_wipe_session();
+}
+
+TEST(Migration, LeavesTheOldDocumentAloneOnceThereIsAWallet) {
+    const TestHome home;
+    home.write("/quorvelle_clasp.json", one_wallet_document());
+    home.write("/wallets.json", Json{{"wallets", {{{"id", "w1"}, {"name", "One"}}}}});
+    qv_clasp_migrate();
+    EXPECT_TRUE(home.exists("/quorvelle_clasp.json"));
+    EXPECT_EQ(home.read_json("/wallets.json")["wallets"].size(), 1U);
+}
+
+TEST(Migration, AddsTheRowEvenIfBothMovesFail) {
+    const TestHome home;
+    home.write("/quorvelle_clasp.json", one_wallet_document());
+    // Nothing can be made under "/wallets": a file is in the way.
+    home.write("/wallets", std::string("a file"));
+    start_program_in(home);
+    const std::string id = json_text(home.read_json("/wallets.json")["wallets"][0], "id");
+    EXPECT_FALSE(id.empty());
+    EXPECT_TRUE(home.exists("/quorvelle_clasp.json")) << "the only copy of the keys";
+    const WalletLock lock = qv_clasp_lock_wallet();
+    EXPECT_EQ(qv_clasp_active_wallet_id(), id);
+    EXPECT_FALSE(qv_clasp_load());
+}
