@@ -112,7 +112,8 @@ int main(int count, char** arguments) {
     if (!read_ports(options.ports))
         return fail("The settings of this build name services outside this machine.");
     options.world.home_domain = settings().home_domain;
-    if (options.world.folder.empty()) options.world.folder = temporary_folder();
+    const bool folder_given = !options.world.folder.empty();
+    if (!folder_given) options.world.folder = temporary_folder();
     if (options.world.folder.empty()) return fail("No temporary folder can be made; name one with --folder.");
 
     // Blocked before any thread starts, so that every thread inherits it and only the wait below sees the
@@ -125,7 +126,12 @@ int main(int count, char** arguments) {
 
     sandbox::Sandbox box(options);
     std::string error;
-    if (!box.start(error)) return fail(error);
+    if (!box.start(error)) {
+        std::error_code ignored;
+        // Only the empty one that was made a moment ago.
+        if (!folder_given) std::filesystem::remove(options.world.folder, ignored);
+        return fail(error);
+    }
     print_world(box);
     int received = 0;
     sigwait(&stop_signals, &received);

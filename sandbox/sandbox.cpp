@@ -1,9 +1,9 @@
 #include "sandbox/sandbox.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <condition_variable>
+#include <exception>
 #include <mutex>
 #include <optional>
 #include <thread>
@@ -164,7 +164,13 @@ bool Sandbox::start(std::string& error) {
         body_->close();
         return false;
     }
-    body_->build_world();
+    try {
+        body_->build_world();
+    } catch (const std::exception& fault) {
+        error = std::string("The world cannot be made: ") + fault.what() + ".";
+        body_->close();
+        return false;
+    }
     for (const auto& server : body_->servers) server->serve();
     const WorldOptions& world = body_->options.world;
     if (body_->options.answer_connects && world.write_files && !world.folder.empty()) {

@@ -46,7 +46,7 @@ class Sandbox {
     Sandbox& operator=(const Sandbox&) = delete;
 
     // Takes all ports, then builds the world and serves, once in the life of this object. False with the
-    // reason, and nothing built, if a port cannot be taken.
+    // reason, and no port held, if one of them or the world's files cannot be had.
     bool start(std::string& error);
     // Closes every port and joins every thread. What was seen and the chain stay readable.
     void stop();

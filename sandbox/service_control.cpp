@@ -57,7 +57,7 @@ Json wallet_document(const Wallet& wallet) {
     return {{"id", wallet.id},
             {"name", wallet.name},
             {"document", wallet.document},
-            {"address", wallet.receive(0).address}};
+            {"address", wallet.receive(wallet.receive_index).address}};
 }
 
 ServiceReply show_world(const ServiceContext& context) {

@@ -94,8 +94,13 @@ Json around_rows(const std::string& address, Json rows) {
 }
 
 Json decoded_transaction(const Transaction& tx, int chain_height, bool satoshi_form) {
-    Json document{{"txid", tx.txid},       {"hash", tx.txid},          {"version", tx.version},
-                  {"size", tx.raw.size()}, {"locktime", tx.lock_time}, {"vin", Json::array()},
+    Json document{{"hex", ""},
+                  {"txid", tx.txid},
+                  {"hash", tx.txid},
+                  {"version", tx.version},
+                  {"size", tx.raw.size()},
+                  {"locktime", tx.lock_time},
+                  {"vin", Json::array()},
                   {"vout", Json::array()}};
     for (const TxInput& input : tx.inputs) document["vin"].push_back(input_document(input));
     for (std::size_t n = 0; n < tx.outputs.size(); ++n) {
