@@ -1,0 +1,191 @@
+#include "core/pay_run.h"
+
+#include <gtest/gtest.h>
+
+#include "base/settings.h"
+#include "records/payout_ledger.h"
+#include "tests/core/fake_wallet.h"
+#include "tests/support/fake_clock.h"
+#include "tests/support/test_home.h"
+
+namespace {
+
+struct PayRunTest : testing::Test {
+    TestHome home;
+    FakeWallet wallet;
+    PayJob job{{}, token_id_of('c'), "Meadow"};
+    std::vector<std::string> ledger_at_send;
+
+    std::unique_ptr<RoundMessage> run() { return run_pay(job, wallet.functions()); }
+    std::string fee_line(const std::string& txid) const {
+        return "App fee 0.01 BSV to " + settings().fee_handle + " ok success:" + txid + "\n";
+    }
+    static std::vector<std::string> ledger_names() {
+        std::vector<std::string> names;
+        for (const PayoutEntry& entry : read_payout_entries()) names.push_back(entry.name);
+        return names;
+    }
+};
+
+using PayRun = PayRunTest;
+using Names = std::vector<std::string>;
+
+}  // namespace
+
+TEST_F(PayRun, SendsTheFeeAndThenEachDueHolderInOrder) {
+    job.rows = {{"alice", "1alice", "5", 5000, false},
+                {"dust", "1dust", "1", 545, false},
+                {"skipped", "1skipped", "9", 9000, true},
+                {"nowhere", "", "9", 9000, false},
+                {"bob", "1bob", "1", 546, false}};
+    const auto message = run();
+
+    const std::vector<FakeSend> sends = {
+        {settings().fee_address, 1000000, ""}, {"1alice", 5000, ""}, {"1bob", 546, ""}};
+    EXPECT_EQ(wallet.sends, sends);
+    EXPECT_EQ(message->number, 32772U);
+    EXPECT_FALSE(message->stopped);
+    EXPECT_EQ(message->text, "Paid 2.\n" + fee_line(FakeWallet::txid(0)) + "alice ok success:" +
+                                 FakeWallet::txid(1) + "\nbob ok success:" + FakeWallet::txid(2) + "\n");
+}
+
+TEST_F(PayRun, EachPaymentIsInTheLedgerBeforeTheNextIsSent) {
+    job.rows = {{"alice", "1alice", "5", 5000, false}, {"bob", "1bob", "1", 546, false}};
+    const RoundWallet scripted = wallet.functions();
+    RoundWallet watched = scripted;
+    std::vector<std::size_t> entries_before_send;
+    watched.send = [&](const std::string& dest, std::int64_t sats, const std::string& memo) {
+        entries_before_send.push_back(read_payout_entries().size());
+        return scripted.send(dest, sats, memo);
+    };
+    run_pay(job, watched);
+    EXPECT_EQ(entries_before_send, (std::vector<std::size_t>{0, 1, 2}));
+
+    const std::vector<PayoutEntry> entries = read_payout_entries();
+    ASSERT_EQ(entries.size(), 3U);
+    EXPECT_EQ(entries[0].token_id, "app_fee");
+    EXPECT_EQ(entries[0].token_name, "BA fee");
+    EXPECT_EQ(entries[0].name, settings().fee_handle);
+    EXPECT_EQ(entries[0].dest, settings().fee_address);
+    EXPECT_EQ(entries[0].kind, "app_fee");
+    EXPECT_EQ(entries[0].sats, 1000000);
+    EXPECT_EQ(entries[0].txid, FakeWallet::txid(0));
+    EXPECT_EQ(entries[2].token_id, job.token_id);
+    EXPECT_EQ(entries[2].token_name, "Meadow");
+    EXPECT_EQ(entries[2].name, "bob");
+    EXPECT_EQ(entries[2].dest, "1bob");
+    EXPECT_EQ(entries[2].kind, "payout");
+    EXPECT_EQ(entries[2].sats, 546);
+    EXPECT_EQ(entries[2].txid, FakeWallet::txid(2));
+}
+
+TEST_F(PayRun, AFailedAppFeeTouchesNobody) {
+    job.rows = {{"alice", "1alice", "5", 5000, false}};
+    wallet.send_results = {"error: no coins"};
+    const auto message = run();
+    EXPECT_TRUE(message->stopped);
+    EXPECT_EQ(message->text, "App fee failed. Holders were not paid.\nerror: no coins");
+    EXPECT_EQ(wallet.sends.size(), 1U);
+    EXPECT_TRUE(ledger_names().empty());
+}
+
+TEST_F(PayRun, StopsAtTheFirstFailureAndLeavesTheRest) {
+    job.rows = {{"alice", "1alice", "5", 5000, false},
+                {"bob", "1bob", "5", 5000, false},
+                {"carol", "1carol", "5", 5000, false}};
+    struct Case {
+        const char* name;
+        std::size_t holders_paid;
+        std::string text;
+        Names ledger;
+    };
+    const std::string id = hex_id('e');
+    const std::string handle = settings().fee_handle;
+    const Case cases[] = {
+        {"at the first",
+         0,
+         "Paid 0, stopped on error.\n" + fee_line(id) + "alice error: refused\n",
+         {handle}},
+        {"in the middle",
+         1,
+         "Paid 1, stopped on error.\n" + fee_line(id) + "alice ok success:" + id + "\nbob error: refused\n",
+         {handle, "alice"}},
+    };
+    for (const Case& one : cases) {
+        SCOPED_TRACE(one.name);
+        const TestHome fresh;
+        wallet.sends.clear();
+        wallet.send_results.assign(one.holders_paid + 1, "success: " + id);
+        wallet.send_results.push_back("error: refused");
+        const auto message = run();
+        EXPECT_TRUE(message->stopped);
+        EXPECT_EQ(message->text, one.text);
+        EXPECT_EQ(wallet.sends.size(), one.holders_paid + 2);
+        EXPECT_EQ(ledger_names(), one.ledger);
+    }
+}
+
+TEST_F(PayRun, ASuccessWithoutATxidStillCountsAsPaid) {
+    job.rows = {{"alice", "1alice", "5", 5000, false}};
+    wallet.send_results = {"success", "success: soon"};
+    const auto message = run();
+    EXPECT_FALSE(message->stopped);
+    EXPECT_EQ(message->text, "Paid 1.\n" + fee_line("") + "alice ok success:\n");
+    EXPECT_EQ(ledger_names(), (Names{settings().fee_handle, "alice"}));
+    EXPECT_EQ(read_payout_entries()[1].txid, "");
+}
+
+TEST_F(PayRun, AListOfOnlySkipsCostsTheFeeAndPaysNobody) {
+    job.rows = {{"dust", "1dust", "1", 10, true}};
+    const auto message = run();
+    EXPECT_FALSE(message->stopped);
+    EXPECT_EQ(message->text, "Paid 0.\n" + fee_line(FakeWallet::txid(0)));
+}
+
+TEST_F(PayRun, ALedgerThatCannotBeWrittenDoesNotStopTheRun) {
+    home.write("/bursaria/none_paid.json/in_the_way", std::string("a folder stands in the ledger's place"));
+    job.rows = {{"alice", "1alice", "5", 5000, false}};
+    EXPECT_FALSE(run()->stopped);
+    EXPECT_EQ(wallet.sends.size(), 2U);
+}
+
+TEST(FindTxid, ReadsTheFirstRunOfASuccess) {
+    const std::string a = hex_id('a'), b = hex_id('B');
+    const std::pair<std::string, std::string> cases[] = {
+        {"success: " + a, a},
+        {"success:" + b + " " + a, b},
+        {"success: abc " + a + "f", a},
+        {"success " + a.substr(1) + "g" + b, b},
+        {"error: " + a, ""},
+        {" success: " + a, ""},
+        {"success: " + a.substr(1), ""},
+        {"success", ""},
+        {"", ""},
+    };
+    for (const auto& [text, txid] : cases) EXPECT_EQ(find_txid(text), txid) << text;
+}
+
+TEST(ExtractTxids, FindsEachRunOnceInOrder) {
+    const std::string a = hex_id('a'), b = hex_id('b'), c = hex_id('C');
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
+        {"", {}},
+        {a.substr(1), {}},
+        {a, {a}},
+        {"x " + b + "\ny " + a + "\nz " + b, {b, a}},
+        {a + b, {a, b}},
+        {a + "aaa", {a}},
+        {"1" + a, {"1" + a.substr(1)}},
+        {c + "," + hex_id('c'), {c, hex_id('c')}},
+    };
+    for (const auto& [text, txids] : cases) EXPECT_EQ(extract_txids(text), txids) << text;
+}
+
+TEST(PayConfirmation, NamesPotFeeAndWhereItGoes) {
+    RoundState state;
+    state.frozen_pot = 150000000;
+    EXPECT_EQ(
+        pay_confirmation_text(state),
+        "Pay this frozen snapshot?\n\n1.50000000 BSV pot to in-market holders.\nApp fee: 0.01 BSV to " +
+            settings().fee_handle + "\n" + settings().fee_address +
+            "\nRemainder and dust stay in the connected Clasp.\nThe connected Clasp prompts and signs.");
+}
