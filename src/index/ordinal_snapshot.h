@@ -1,4 +1,6 @@
-// The file "/ord_snap/<scope>.json": the last complete sweep of one wallet.
+// The file "/ord_snap/<scope>.json" under the data root: the last complete sweep of one wallet. It holds no
+// date; its entries are candidates that every reader tests again. The scope key in its name keeps wallets
+// apart. Files only.
 #pragma once
 
 #include <string>
@@ -7,10 +9,12 @@
 #include "wallet/wallet_session.h"
 
 struct OrdSnapshot {
-    std::vector<LocalOrd> lots;
+    std::vector<LocalOrd>
+        lots;  // outputs: origin, txid, vout, and what was known of type, name, icon and address
     std::vector<std::string> txids;
     std::vector<std::string> token_ids;
 };
-// False if there is no usable file.
+// False, with the snapshot empty, if there is no usable file: it must hold an output or a transaction.
 bool qv_clasp_ord_snap_load(const std::string& scope, OrdSnapshot& snapshot);
+// Replaces the file; a failure is passed over.
 void qv_clasp_ord_snap_save(const std::string& scope, const OrdSnapshot& snapshot);
