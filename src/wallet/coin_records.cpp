@@ -50,10 +50,11 @@ bool is_outpoint_key(std::string_view key) {
 bool entered_other_scope(RecordFile& file) {
     std::string scope = qv_clasp_scope_key();
     if (scope == file.scope) return false;
+    const bool had_scope = !file.scope.empty();
     file.scope = std::move(scope);
     file.text.clear();
     file.only_here = false;
-    return true;
+    return had_scope;
 }
 
 bool is_written_to_disk(const RecordFile& file) {

@@ -1,0 +1,238 @@
+#include "spend/coin_guard.h"
+
+#include <functional>
+#include <limits>
+
+#include "tests/spend/guard_world.h"
+
+namespace {
+
+using Keys = std::vector<std::string>;
+
+TEST(SpendAddresses, AreTheReceiveChainTheIdentityAndTheOwnOracles) {
+    const GuardWorld world;
+    Settings changed = settings();
+    changed.house_oracles[1].oracle_b = one_wallet_key("3'/0/0").address;
+    changed.house_oracles[1].oracle_c = one_wallet_key("4'/0/0").address;
+    changed.house_oracles[2].oracle_a = receive_address(1);
+    changed.house_oracles[2].oracle_c = receive_address(3);
+    world.home.use_settings(changed);
+    const Keys expected = {receive_address(0),
+                           receive_address(1),
+                           receive_address(2),
+                           identity_address(),
+                           one_wallet_key("4'/0/0").address,
+                           one_wallet_key("3'/0/0").address};
+    EXPECT_EQ(expected, qv_clasp_spend_addresses());
+}
+
+TEST(SpendAddresses, ALegacyWalletHasOne) {
+    const GuardWorld world(legacy_document("1'/0/5"));
+    EXPECT_EQ(Keys{receive_address(5)}, qv_clasp_spend_addresses());
+}
+
+TEST(CoinAdmission, EachRuleAloneTurnsACoinAway) {
+    const std::string here = receive_address(0);
+    const QvClaspUtxo plain{txid_of(1), 2, 5000};
+    const Json reserve = {{"reserves", {{{"utxo", txid_of(1) + "_2"}, {"pic_utxo", txid_of(1) + "_2"}}}}};
+    struct Case {
+        const char* name;
+        QvClaspUtxo utxo;
+        std::string address;
+        std::function<void(GuardWorld&)> arrange;
+        bool admitted;
+    };
+    const auto nothing = [](GuardWorld&) {};
+    const auto write = [](const char* path, const Json& document) {
+        return [=](GuardWorld& world) { world.home.write(path + ("_" + ONE_WALLET_ID + ".json"), document); };
+    };
+    const auto listed = [&](GuardWorld&) { GuardWorld::index_says(here, {key(1, 2)}); };
+    const std::vector<Case> cases = {
+        {"plain", plain, here, nothing, true},
+        {"plain, without an address", plain, "", nothing, true},
+        {"short txid", {txid_of(1).substr(1), 2, 5000}, here, nothing, false},
+        {"bad txid", {"x" + txid_of(1).substr(1), 2, 5000}, here, nothing, false},
+        {"spent", plain, here, [](GuardWorld&) { qv_clasp_mark_spent(txid_of(1), 2); }, false},
+        {"spent, reversed", plain, here,
+         [](GuardWorld&) { qv_clasp_mark_spent(qv_clasp_reversed_txid(txid_of(1)), 2); }, false},
+        {"one satoshi", {txid_of(1), 2, 1}, here, nothing, false},
+        {"one satoshi after a good read",
+         {txid_of(1), 2, 1},
+         here,
+         [&](GuardWorld&) { GuardWorld::index_says(here, {}); },
+         true},
+        {"token of one satoshi", {txid_of(1), 2, 1}, here, listed, false},
+        {"token of one satoshi, without an address", {txid_of(1), 2, 1}, "", listed, false},
+        {"listed ordinal", plain, here, listed, false},
+        {"listed ordinal, without an address", plain, "", listed, false},
+        {"bazaar", plain, here, write("/bazaar/reserves", reserve), false},
+        {"atelier", plain, here, write("/atelier/reserves", reserve), false},
+        {"swapfloor", plain, here, write("/swapfloor/reserves", {{"holds", reserve["reserves"]}}), false},
+        {"offer lock", plain, here, write("/atelier/offer_locks", {{"utxos", {txid_of(1) + "_2"}}}), false},
+    };
+    for (const Case& c : cases) {
+        GuardWorld world;
+        c.arrange(world);
+        GuardWorld::add_pending(c.utxo, here);
+        CoinAdmission context{.coins = &world.coins};
+        qv_clasp_admit_coin(context, c.utxo, SecretText("aa"), "bb", Hash160{7}, c.address);
+        ASSERT_EQ(c.admitted ? 1U : 0U, world.coins.size()) << c.name;
+        EXPECT_EQ(c.admitted ? c.utxo.sats : 0, context.total) << c.name;
+        EXPECT_EQ(c.admitted ? 0U : 1U, GuardWorld::records().pending_coins.size()) << c.name;
+    }
+}
+
+TEST(CoinAdmission, TakesACoinOnceAndNeverLetsTheSumOverflow) {
+    GuardWorld world;
+    CoinAdmission context{.coins = &world.coins};
+    world.coins.push_back({.txid = txid_of(9),
+                           .vout = 0,
+                           .sats = 1,
+                           .script_sig = {},
+                           .prev_script = {},
+                           .priv = {},
+                           .pub = {}});
+    const auto admit = [&](const std::string& txid, std::uint32_t vout, std::int64_t sats) {
+        qv_clasp_admit_coin(context, {txid, vout, sats}, SecretText("aa"), "bb", Hash160{}, "");
+    };
+    admit(txid_of(9), 0, 5);
+    admit(txid_of(1), 0, 5000);
+    admit(qv_clasp_reversed_txid(txid_of(1)), 0, 5000);
+    EXPECT_EQ((Keys{key(9), key(1)}), world.candidates());
+    EXPECT_EQ(5000, context.total);
+    admit(txid_of(1), 1, std::numeric_limits<std::int64_t>::max());
+    admit(txid_of(1), 2, std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(std::numeric_limits<std::int64_t>::max(), context.total);
+    EXPECT_EQ("aa", world.coins[1].priv.view());
+    EXPECT_TRUE(world.coins[1].script_sig.empty() && world.coins[1].prev_script.empty());
+}
+
+TEST(CollectCoins, PendingChangeComesFirstThenTheChainThenTheIdentity) {
+    GuardWorld world;
+    GuardWorld::add_pending({txid_of(1), 1, 700}, receive_address(2));
+    GuardWorld::add_pending({txid_of(2), 0, 600}, identity_address());
+    qv_clasp_save_change();
+    GuardWorld::cache(identity_address(), {{txid_of(6), 0, 90}});
+    GuardWorld::cache(receive_address(1), {{txid_of(4), 0, 500}, {txid_of(5), 0, 400}, {txid_of(1), 1, 700}});
+    GuardWorld::cache(receive_address(0), {{txid_of(3), 0, 300}});
+    GuardWorld::cache(one_wallet_key("5'/0/0").address, {{txid_of(7), 0, 80}});
+    qv_clasp_cache_store(receive_address(2), {{txid_of(8), 0, 70}}, false, false);
+    EXPECT_TRUE(world.collect());
+    EXPECT_EQ((Keys{key(1, 1), key(2), key(3), key(4), key(5), key(6)}), world.candidates());
+    EXPECT_EQ(700 + 600 + 300 + 500 + 400 + 90, world.total);
+    const std::vector<std::string> paths = {"1'/0/2", "100'/0/0", "1'/0/0", "1'/0/1", "1'/0/1", "100'/0/0"};
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        const sandbox::KeyPair pair = one_wallet_key(paths[i]);
+        EXPECT_EQ(qv_clasp_hex_encode(pair.priv), world.coins[i].priv.view()) << i;
+        EXPECT_EQ(qv_clasp_hex_encode(pair.pub), world.coins[i].pub) << i;
+        EXPECT_EQ(pair.address, qv_clasp_address_from_hash160(world.coins[i].hash160)) << i;
+    }
+    EXPECT_EQ(0U, world.server.count("GET"));
+    // A candidate has left the list of pending coins; the file still holds it for the next collection.
+    EXPECT_TRUE(GuardWorld::records().pending_coins.empty());
+    EXPECT_TRUE(world.collect());
+    EXPECT_EQ(key(1, 1), world.candidates()[0]);
+}
+
+TEST(CollectCoins, ALegacyWalletSpendsTheCoinsOfItsAddress) {
+    GuardWorld world(legacy_document("1'/0/5"));
+    GuardWorld::cache(receive_address(5), {{txid_of(1), 0, 300}});
+    GuardWorld::cache(receive_address(0), {{txid_of(2), 0, 300}});
+    GuardWorld::add_pending({txid_of(3), 0, 200}, receive_address(5));
+    EXPECT_TRUE(world.collect());
+    EXPECT_EQ((Keys{key(3), key(1)}), world.candidates());
+    for (const QvClaspCoin& coin : world.coins) {
+        EXPECT_EQ(qv_clasp_hex_encode(one_wallet_key("1'/0/5").priv), coin.priv.view());
+        EXPECT_EQ(qv_clasp_hex_encode(one_wallet_key("1'/0/5").pub), coin.pub);
+    }
+}
+
+TEST(CollectCoins, ARestartBringsBackWhatWasSpentAndTheChange) {
+    GuardWorld world;
+    qv_clasp_mark_spent(txid_of(1), 0);
+    GuardWorld::add_pending({txid_of(2), 1, 900}, receive_address(0));
+    qv_clasp_save_change();
+    GuardWorld::restart();
+    GuardWorld::cache(receive_address(0), {{txid_of(1), 0, 5000}});
+    EXPECT_TRUE(world.collect());
+    EXPECT_EQ(Keys{key(2, 1)}, world.candidates());
+}
+
+TEST(CollectCoins, DropsTheOfferLocksOfSpentCoins) {
+    GuardWorld world;
+    const std::string path = "/atelier/offer_locks_" + ONE_WALLET_ID + ".json";
+    qv_clasp_mark_spent(txid_of(1), 0);
+    world.home.write(path, Json{{"utxos", {txid_of(1) + "_0", txid_of(2) + "_0"}}});
+    GuardWorld::restart();
+    GuardWorld::cache(receive_address(0), {{txid_of(2), 0, 5000}, {txid_of(3), 0, 4000}});
+    EXPECT_TRUE(world.collect());
+    EXPECT_EQ(Keys{key(3)}, world.candidates());
+    EXPECT_EQ(dump_json({{"utxos", {txid_of(2) + "_0"}}}, 2), world.home.read(path));
+}
+
+TEST(CollectCoins, WithoutACandidateTheLastTransactionsAreReadBack) {
+    const Json transaction = {
+        {"vout", {{{"n", 1}, {"value", 9.998e-5}, {"scriptPubKey", {{"addresses", {receive_address(1)}}}}}}}};
+    for (const bool sent_known : {true, false}) {
+        GuardWorld world;
+        GuardWorld::records().last_sent_txid = txid_of(1);
+        GuardWorld::records().last_broadcast_txid = txid_of(2);
+        world.server.on("GET", "/woc/tx/" + txid_of(sent_known ? 1 : 2), dump_json(transaction, -1));
+        EXPECT_TRUE(world.collect()) << sent_known;
+        EXPECT_EQ(Keys{key(sent_known ? 1 : 2, 1)}, world.candidates());
+        EXPECT_EQ(9998, world.total);
+        EXPECT_EQ(sent_known ? 0U : 1U, world.server.count("GET", txid_of(2)));
+    }
+    GuardWorld world;
+    EXPECT_FALSE(world.collect());
+    EXPECT_EQ(0, world.total);
+    EXPECT_EQ("", world.error);
+    EXPECT_EQ(0U, world.server.count("GET"));
+}
+
+TEST(ChangeTarget, AvoidsTheOraclesThatTheGuardKnows) {
+    const auto address_of = [](const Hash160& hash160) { return qv_clasp_address_from_hash160(hash160); };
+    struct Case {
+        const char* name;
+        std::string oracle_a;
+        std::string oracle_b;
+        std::string oracle_c;
+        std::string target;
+    };
+    const std::vector<Case> cases = {
+        {"no oracle", "", "", "", receive_address(0)},
+        {"oracle_b is not tested", "", receive_address(0), "", receive_address(0)},
+        {"oracle_c", "", "", receive_address(0), receive_address(1)},
+        {"oracle_a and oracle_c", receive_address(0), receive_address(2), receive_address(1),
+         receive_address(2)},
+    };
+    for (const Case& c : cases) {
+        GuardWorld world;
+        Settings changed = settings();
+        changed.house_oracles[1].oracle_a = c.oracle_a;
+        changed.house_oracles[2].oracle_b = c.oracle_b;
+        changed.house_oracles[0].oracle_c = c.oracle_c;
+        world.home.use_settings(changed);
+        Hash160 hash160{};
+        EXPECT_TRUE(qv_clasp_change_target(hash160, world.error)) << c.name;
+        EXPECT_EQ(c.target, address_of(hash160)) << c.name;
+        EXPECT_FALSE(qv_clasp_is_house_oracle(""));
+    }
+}
+
+TEST(ChangeTarget, SaysWhyThereIsNone) {
+    for (const Json& document : {document_with_receive(0), legacy_document("1'/0/0")}) {
+        GuardWorld world(document);
+        Settings changed = settings();
+        changed.house_oracles[0].oracle_a = receive_address(0);
+        world.home.use_settings(changed);
+        Hash160 hash160{};
+        EXPECT_FALSE(qv_clasp_change_target(hash160, world.error));
+        EXPECT_EQ("change would land on a house oracle.", world.error);
+        qv_clasp_session().address = "no address";
+        EXPECT_FALSE(qv_clasp_change_target(hash160, world.error));
+        EXPECT_EQ("clasp address decode failed.", world.error);
+    }
+}
+
+}  // namespace

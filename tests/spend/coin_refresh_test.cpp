@@ -1,0 +1,202 @@
+#include <atomic>
+#include <mutex>
+#include <thread>
+
+#include "spend/coin_guard.h"
+#include "tests/spend/guard_world.h"
+
+namespace {
+
+using Keys = std::vector<std::string>;
+
+std::string index_path(const std::string& address) {
+    return "/api/txos/address/" + address + "/unspent";
+}
+
+TEST(RefreshCoins, ReadsTheStaleAddressesAndNoIndex) {
+    GuardWorld world;
+    world.chain_lists(receive_address(0), {{txid_of(1), 0, 5000}, {txid_of(2), 0, 9000}});
+    GuardWorld::cache(receive_address(1), {});
+    qv_clasp_mark_spent(txid_of(1), 0);
+    EXPECT_TRUE(world.refresh()) << world.error;
+    EXPECT_TRUE(world.lock.owns_lock());
+    EXPECT_EQ(0U, world.server.count("GET", receive_address(1)));
+    EXPECT_EQ(1U, world.server.count("GET", identity_address() + "/unspent/all"));
+    EXPECT_EQ(0U, world.server.count("GET", "/api/"));
+    EXPECT_TRUE(world.collect());
+    EXPECT_EQ(Keys{key(2)}, world.candidates());
+
+    // Addresses that no list answered for are asked again at once, the others after eight seconds.
+    world.server.clear_requests();
+    EXPECT_TRUE(world.refresh());
+    EXPECT_EQ(0U, world.server.count("GET", receive_address(0)));
+    EXPECT_EQ(1U, world.server.count("GET", receive_address(2) + "/unspent/all"));
+    FakeClock::advance_seconds(8);
+    EXPECT_TRUE(world.refresh());
+    EXPECT_EQ(1U, world.server.count("GET", receive_address(0) + "/unspent/all"));
+}
+
+TEST(RefreshCoins, HoldsBackEveryCoinOfOneSatoshiAfterwards) {
+    GuardWorld world;
+    world.chain_lists(receive_address(0), {{txid_of(1), 0, 1}, {txid_of(2), 0, 9000}});
+    GuardWorld::cache(receive_address(1), {{txid_of(3), 0, 1}});
+    for (const std::string& address : {receive_address(0), receive_address(1)})
+        GuardWorld::index_says(address, {});
+    EXPECT_TRUE(world.refresh());
+    EXPECT_TRUE(world.collect());
+    EXPECT_EQ(Keys{key(2)}, world.candidates());
+    EXPECT_TRUE(GuardWorld::records().index_failed);
+    for (const QvClaspOrdinalRow& row : GuardWorld::records().ordinal_rows) {
+        EXPECT_EQ(row.address == receive_address(1), row.read_ok) << row.address;
+    }
+}
+
+TEST(RefreshCoins, AReadWithoutTheMainListsKeepsOldCoinsAndPendingOnes) {
+    GuardWorld world(document_with_receive(0));
+    const std::string here = receive_address(0);
+    GuardWorld::cache(here, {{txid_of(1), 0, 5000}});
+    qv_clasp_expire_cache();
+    GuardWorld::add_pending({txid_of(4), 0, 800}, here);
+    world.server.on("GET", "/woc/address/" + here + "/unconfirmed/unspent",
+                    R"([{"tx_hash":")" + txid_of(2) + R"(","tx_pos":0,"value":700}])");
+    EXPECT_TRUE(world.refresh());
+    EXPECT_TRUE(qv_clasp_is_pending(txid_of(4), 0));
+    EXPECT_TRUE(world.collect());
+    EXPECT_EQ((Keys{key(4), key(2), key(1)}), world.candidates());
+}
+
+TEST(RefreshCoins, ACompleteReadPrunesPendingCoinsThatItDoesNotShow) {
+    GuardWorld world(document_with_receive(0));
+    const std::string here = receive_address(0);
+    for (unsigned number = 1; number <= 3; ++number) GuardWorld::add_pending({txid_of(number), 0, 800}, here);
+    GuardWorld::records().last_sent_txid = txid_of(3);
+    world.chain_lists(here, {{txid_of(1), 0, 800}});
+    EXPECT_TRUE(world.refresh());
+    EXPECT_TRUE(qv_clasp_is_pending(txid_of(1), 0));
+    EXPECT_FALSE(qv_clasp_is_pending(txid_of(2), 0));
+    EXPECT_TRUE(qv_clasp_is_pending(txid_of(3), 0));
+}
+
+TEST(RefreshCoins, WithoutAWalletNothingIsRead) {
+    GuardWorld world;
+    qv_clasp_wipe_session();
+    remove_file(world.home.root() + ONE_WALLET_PATH);
+    EXPECT_FALSE(world.refresh());
+    EXPECT_EQ("no wallet", world.error);
+    EXPECT_TRUE(world.lock.owns_lock());
+    EXPECT_EQ(0U, world.server.count("GET"));
+}
+
+TEST(RefreshCoins, TheMutexIsFreeDuringTheReadsAndAChangedWalletEndsThem) {
+    enum class Change { None, OtherWallet, NoWallet };
+    for (const Change change : {Change::None, Change::OtherWallet, Change::NoWallet}) {
+        GuardWorld world;
+        const std::string other_words =
+            "legal winner thank year wave sausage worth useful legal winner thank yellow";
+        add_wallet(world.home, "w2", one_wallet_document(other_words));
+        world.chain_lists(receive_address(0), {{txid_of(1), 0, 5000}});
+        std::once_flag once;
+        world.server.on_any([&](const ScriptedRequest&, ScriptedAnswer&) {
+            std::call_once(once, [&] {
+                const WalletLock lock = qv_clasp_lock_wallet();
+                if (change == Change::None) return;
+                qv_clasp_wipe_session();
+                qv_clasp_set_active_wallet_id(change == Change::OtherWallet ? "w2" : "");
+            });
+            return false;
+        });
+        const bool is_same = change == Change::None;
+        EXPECT_EQ(is_same, world.refresh());
+        EXPECT_EQ(is_same ? "" : "wallet changed.", world.error);
+        EXPECT_TRUE(world.lock.owns_lock());
+        EXPECT_EQ(is_same, qv_clasp_cache_row(receive_address(0)) != nullptr);
+    }
+}
+
+TEST(ReadAddresses, RunAllAtOnceAndStopStartingWhenTheGenerationHasMoved) {
+    GuardWorld world;
+    std::vector<QvClaspAddressRead> reads(4);
+    for (std::size_t i = 0; i < reads.size(); ++i)
+        reads[i].address = receive_address(static_cast<unsigned>(i));
+    world.lock.unlock();
+    qv_clasp_read_addresses(reads, true, qv_clasp_generation() - 1);
+    EXPECT_EQ(0U, world.server.count("GET"));
+    for (const QvClaspAddressRead& read : reads)
+        EXPECT_FALSE(read.read_ok || read.any_ok || read.ordinals_ok);
+
+    // Each first request waits until all addresses have asked: one after another would never get there.
+    std::atomic<std::size_t> arrived{0};
+    world.server.on_any([&](const ScriptedRequest& request, ScriptedAnswer& answer) {
+        answer.body = "[]";
+        if (!request.path.ends_with("/unspent/all")) return true;
+        ++arrived;
+        for (int i = 0; i < 2000 && arrived < reads.size(); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        return true;
+    });
+    qv_clasp_read_addresses(reads, true, qv_clasp_generation());
+    EXPECT_EQ(reads.size(), arrived);
+    for (const QvClaspAddressRead& read : reads) EXPECT_TRUE(read.read_ok && read.any_ok && read.ordinals_ok);
+}
+
+TEST(ReadAddresses, ATokenThatAnIncompleteIndexReadMissesIsNoCandidate) {
+    for (const bool tokens_answer : {true, false}) {
+        GuardWorld world(document_with_receive(0));
+        const std::string here = receive_address(0);
+        world.chain_lists(here, {{txid_of(1), 0, 1}, {txid_of(2), 0, 1}, {txid_of(3), 0, 5000}});
+        world.server.on("GET", index_path(here), "[]");
+        const std::string tokens = R"([{"txid":")" + txid_of(1) + R"(","vout":0,"spend":""}])";
+        world.server.on("GET", "/api/bsv20/" + here + "/unspent", tokens_answer ? tokens : "busy",
+                        tokens_answer ? 200 : 500);
+        std::vector<QvClaspAddressRead> reads(1);
+        reads[0].address = here;
+        qv_clasp_read_addresses(reads, true, qv_clasp_generation());
+        qv_clasp_commit_reads(reads);
+        EXPECT_TRUE(world.collect());
+        EXPECT_EQ(tokens_answer ? (Keys{key(3), key(2)}) : Keys{key(3)}, world.candidates());
+    }
+}
+
+TEST(Resync, TheIndexTakesSpentCoinsBackAndPrunesPendingOnes) {
+    GuardWorld world(document_with_receive(1));
+    const std::string here = receive_address(0);
+    GuardWorld::cache(here, {{txid_of(4), 0, 400}});
+    GuardWorld::add_pending({txid_of(5), 0, 500}, here);
+    GuardWorld::add_pending({txid_of(6), 0, 600}, receive_address(1));
+    for (unsigned number = 1; number <= 3; ++number) qv_clasp_mark_spent(txid_of(number), 0);
+    const Json rows = {{{"txid", qv_clasp_reversed_txid(txid_of(1))}, {"vout", 0}, {"satoshis", 9000}},
+                       {{"txid", txid_of(2)}, {"vout", 0}, {"satoshis", 1}}};
+    world.server.on("GET", index_path(here), dump_json(rows, -1));
+    world.server.on("GET", index_path(receive_address(1)), "[]");
+    qv_clasp_resync_from_index(world.lock);
+    EXPECT_TRUE(world.lock.owns_lock());
+    EXPECT_FALSE(qv_clasp_is_pending(txid_of(5), 0));
+    EXPECT_TRUE(qv_clasp_is_pending(txid_of(6), 0));
+    ASSERT_EQ(3U, qv_clasp_cache_row(here)->coins.size());
+    EXPECT_EQ(9000, qv_clasp_cache_row(here)->coins[0].sats);
+    GuardWorld::restart();
+    EXPECT_FALSE(qv_clasp_is_spent(txid_of(1), 0));
+    EXPECT_TRUE(qv_clasp_is_spent(txid_of(2), 0));
+    EXPECT_TRUE(qv_clasp_is_spent(txid_of(3), 0));
+}
+
+TEST(Resync, AChangedWalletIsLeftAlone) {
+    GuardWorld world(document_with_receive(0));
+    add_wallet(world.home, "w2", document_with_receive(0));
+    qv_clasp_mark_spent(txid_of(1), 0);
+    world.home.write("/ord_snap/w2_spent.json", Json{{"outpoints", {key(1)}}});
+    const std::string rows = R"([{"txid":")" + txid_of(1) + R"(","vout":0,"satoshis":9000}])";
+    world.server.on_any([&](const ScriptedRequest&, ScriptedAnswer& answer) {
+        const WalletLock lock = qv_clasp_lock_wallet();
+        if (qv_clasp_active_wallet_id() == ONE_WALLET_ID) qv_clasp_wipe_session();
+        qv_clasp_set_active_wallet_id("w2");
+        answer.body = rows;
+        return true;
+    });
+    qv_clasp_resync_from_index(world.lock);
+    EXPECT_TRUE(world.lock.owns_lock());
+    EXPECT_TRUE(qv_clasp_is_spent(txid_of(1), 0));
+    EXPECT_EQ(nullptr, qv_clasp_cache_row(receive_address(0)));
+}
+
+}  // namespace
