@@ -35,6 +35,8 @@ Owned<EC_POINT> nonce_point(const EC_GROUP& group, const BIGNUM& r, int recovery
     Owned<EC_POINT> point(EC_POINT_new(&group));
     if (!x || !point) return nullptr;
     if ((recovery_id & 2) != 0 && BN_add(x.get(), x.get(), EC_GROUP_get0_order(&group)) != 1) return nullptr;
+    // The library would take the coordinate modulo the field.
+    if (BN_cmp(x.get(), EC_GROUP_get0_field(&group)) >= 0) return nullptr;
     if (EC_POINT_set_compressed_coordinates(&group, point.get(), x.get(), recovery_id & 1, &context) != 1) {
         return nullptr;
     }

@@ -62,14 +62,24 @@ void note_spend(const SendRun& run) {
     qv_clasp_emit_event("[QV-BALANCE]", {std::to_string(balance), qv_clasp_active_wallet_id()});
 }
 
-// The last transaction tried is on the chain after all: that is a success, and is recorded as one.
-Outcome settle_if_known(const SendRun& run) {
-    if (!qv_clasp_tx_exists(run.last.txid)) return std::nullopt;
+// Takes the last transaction tried for a success, and records it as one.
+Outcome settle(const SendRun& run) {
     std::string result =
         qv_clasp_finish_known_tx(run.last.coins, run.last.outputs, run.last.txid, run.change_hash160);
     if (result.empty()) return std::nullopt;
     note_spend(run);
     return result;
+}
+
+Outcome settle_if_known(const SendRun& run) {
+    if (!qv_clasp_tx_exists(run.last.txid)) return std::nullopt;
+    return settle(run);
+}
+
+// An output of the last transaction among the candidates.
+bool shows_last_tx(const SendRun& run, const std::vector<QvClaspCoin>& candidates) {
+    return std::any_of(candidates.begin(), candidates.end(),
+                       [&](const QvClaspCoin& coin) { return ascii_lower(coin.txid) == run.last.txid; });
 }
 
 void write_off_coins(const std::vector<QvClaspCoin>& coins) {
@@ -140,6 +150,11 @@ Outcome attempt_send(SendRun& run, int attempt) {
     std::int64_t total = 0;
     if (!qv_clasp_collect_coins(coins, total, error)) return after_no_candidate(run, error);
 
+    // A service that lists the change knows the transaction, whatever the look-ups said: another one would
+    // pay twice.
+    if (shows_last_tx(run, coins)) {
+        if (Outcome known = settle(run)) return known;
+    }
     std::vector<QvClaspTxOutput> outputs;
     std::int64_t fee = 0;
     if (!qv_clasp_build_tx(coins, outputs, run.dest_hash160, run.change_hash160, run.sats, run.memo, fee,

@@ -50,8 +50,7 @@ struct QvClaspTxPlan {
 // `outputs_size` bytes. Neither amount may be negative.
 QvClaspTxPlan plan_tx(std::size_t inputs, std::int64_t total, std::int64_t sats, std::size_t outputs,
                       std::int64_t outputs_size);
-// The sum at which the walk over the candidates stops, less `sats`: the fee of a transaction with a change
-// output.
+// What the walk over the candidates wants beyond `sats` before it stops: the fee with a change output.
 std::int64_t selection_fee(std::size_t inputs, std::size_t outputs, std::int64_t outputs_size);
 
 // Selects the first prefix of the candidates that covers the sum, and makes the outputs: payment, memo,

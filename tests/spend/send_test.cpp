@@ -1,0 +1,375 @@
+#include "spend/send.h"
+
+#include <gtest/gtest.h>
+
+#include "base/clock.h"
+#include "base/hex.h"
+#include "base/sinks.h"
+#include "net/http_client.h"
+#include "spend/balance.h"
+#include "tests/spend/play_network.h"
+#include "wallet/coin_records.h"
+#include "wallet/wallet_document.h"
+
+namespace {
+
+const std::string STRANGER = "1BoatSLRHtKNngkdXEeobR76b53LETtpyT";
+const std::string OTHER_STRANGER = "16UwLL9Risc3QfPqBUvKofHmBQ7wMtjvM";
+const Turn SILENT = hangs_up();
+const Turn CONFLICT = refuses("257: txn-mempool-conflict");
+const Turn MISSING = refuses("25: Missing inputs");
+
+std::string own() {
+    return receive_address(0);
+}
+
+std::string txid_in(const std::string& result) {
+    return result.starts_with("success: ") ? result.substr(9) : "";
+}
+
+// No target takes anything, and all say this.
+void all_say(PlayNetwork& net, const Turn& turn) {
+    net.home_does({SILENT});
+    net.woc_does({turn});
+    net.arc_does({turn});
+}
+
+bool spent(const std::string& txid, std::uint32_t vout) {
+    const WalletLock lock = qv_clasp_lock_wallet();
+    return qv_clasp_is_spent(txid, vout);
+}
+
+// As if the program had been started anew.
+void restart() {
+    const WalletLock lock = qv_clasp_lock_wallet();
+    qv_clasp_wipe_session();
+}
+
+}  // namespace
+
+TEST(Send, ACleanOneCostsOnePostAndOneGet) {
+    PlayNetwork net;
+    net.fund(own(), {5'000'000, 20'000});
+    qv_clasp_estimate_send_fee(STRANGER, 1);  // leaves fresh coins behind
+    net.clear_requests();
+    const HttpCounts before = http_counts();
+
+    const std::string result = qv_clasp_send(STRANGER, 123'456, "");
+
+    const std::vector<sandbox::Transaction> payments = net.payments();
+    ASSERT_EQ(payments.size(), 1U) << result;
+    EXPECT_EQ(result, "success: " + payments[0].txid);
+    EXPECT_EQ(http_counts().posts - before.posts, 1U);
+    EXPECT_EQ(http_counts().gets - before.gets, 1U);
+    EXPECT_EQ(payments[0].inputs.size(), 1U);
+    EXPECT_EQ(net.owned(STRANGER), 123'456);
+    EXPECT_EQ(net.owned(own()), 5'020'000 - 123'456 - 23);
+}
+
+TEST(Send, RefusesBeforeAnyTraffic) {
+    PlayNetwork net;
+    net.fund(own(), {50'000});
+    EXPECT_EQ(qv_clasp_send("nobody", 0, ""), "error: amount must be positive.");
+    EXPECT_EQ(qv_clasp_send(STRANGER, -1, ""), "error: amount must be positive.");
+    for (const char* dest : {"", "nobody", "alice@localhost", "3J98t1WpEZ73CNmQviecrnyiWrnqRhWNLy"}) {
+        EXPECT_EQ(qv_clasp_send(dest, 1, ""), "error: destination is not a legacy P2PKH address.") << dest;
+    }
+    Settings oracles = settings();
+    oracles.house_oracles[1].oracle_a = own();
+    net.home_folder.use_settings(oracles);
+    EXPECT_EQ(qv_clasp_send(STRANGER, 1, ""), "error: change would land on a house oracle.");
+    {
+        const WalletLock lock = qv_clasp_lock_wallet();
+        qv_clasp_drop_bind();
+        qv_clasp_wipe_session();
+    }
+    EXPECT_EQ(qv_clasp_send(STRANGER, 1, ""), "error: no Quorvelle Clasp wallet. Use clasp create first.");
+    EXPECT_EQ(net.gets("") + net.posts(""), 0U);
+}
+
+TEST(Send, AMemoRidesAlong) {
+    PlayNetwork net;
+    net.fund(own(), {50'000});
+    ASSERT_NE(txid_in(qv_clasp_send(STRANGER, 1000, "for the lots")), "");
+    const std::vector<sandbox::Transaction> payments = net.payments();
+    ASSERT_EQ(payments.at(0).outputs.size(), 3U);
+    EXPECT_EQ(qv_clasp_hex_encode(payments[0].outputs[1].script), "006a0c666f7220746865206c6f7473");
+}
+
+TEST(Send, ARunSpendsTheChangeOfTheSendBeforeWithoutReading) {
+    PlayNetwork net;
+    net.fund(own(), {3'000'000, 40'000});
+    std::int64_t paid = 0;
+    std::string last;
+    for (int i = 0; i < 12; ++i) {
+        if (i == 1) net.clear_requests();
+        const std::int64_t sats = 10'000 + i;
+        const std::string txid = txid_in(qv_clasp_send(i % 2 == 0 ? STRANGER : OTHER_STRANGER, sats, ""));
+        ASSERT_NE(txid, "") << i;
+        paid += sats;
+        const auto tx = net.chain.find(txid);
+        ASSERT_TRUE(tx);
+        if (i > 0) {
+            EXPECT_EQ(tx->inputs[0].txid, last);
+        }
+        EXPECT_EQ(tx->inputs.size(), 1U);
+        last = txid;
+    }
+    EXPECT_EQ(net.list_reads(), 0U);
+    EXPECT_EQ(net.owned(STRANGER) + net.owned(OTHER_STRANGER), paid);
+    EXPECT_EQ(net.owned(own()), 3'040'000 - paid - 12 * 23);
+    const WalletLock lock = qv_clasp_lock_wallet();
+    EXPECT_EQ(qv_clasp_balance_estimate(), net.owned(own()));
+}
+
+// The chain service lists yesterday's coins; the two record files bring back what was spent and what came of
+// it.
+TEST(Send, ARestartBetweenTwoSendsLosesNothing) {
+    PlayNetwork net;
+    const std::string money = net.fund(own(), {60'000});
+    net.freeze_lists(own());
+    const std::string first = txid_in(qv_clasp_send(STRANGER, 1000, ""));
+    ASSERT_NE(first, "");
+    restart();
+    const std::string second = txid_in(qv_clasp_send(STRANGER, 1000, ""));
+    ASSERT_NE(second, "");
+    EXPECT_EQ(net.chain.find(second)->inputs[0].txid, first);
+    EXPECT_TRUE(spent(money, 0));
+    EXPECT_EQ(net.record("_change.json")["coins"][0]["txid"], second);
+}
+
+TEST(Send, AConflictMovesOnToOtherCoins) {
+    PlayNetwork net;
+    const std::string money = net.fund(own(), {90'000, 80'000});
+    net.freeze_lists(own());
+    net.spend_elsewhere(money, 0);
+    net.home_does({refuses(R"({"ok":false})", 200)});
+    const std::string txid = txid_in(qv_clasp_send(STRANGER, 1000, ""));
+    ASSERT_NE(txid, "");
+    const auto tx = net.chain.find(txid);
+    ASSERT_EQ(tx->inputs.size(), 1U);
+    EXPECT_EQ(tx->inputs[0].vout, 1U);
+    EXPECT_EQ(net.posts("/woc/tx/raw"), 2U);
+    EXPECT_EQ(net.posts("/arc/tx"), 1U);
+    // Eight for the conflict, one before the rebuild, one for the second transaction.
+    EXPECT_EQ(net.probes(), 10U);
+    EXPECT_TRUE(spent(money, 0));
+    EXPECT_EQ(net.owned(STRANGER), 1000);
+}
+
+TEST(Send, ThreeConflictsEndIt) {
+    PlayNetwork net;
+    const std::string money = net.fund(own(), {90'000, 80'000, 70'000, 60'000});
+    all_say(net, CONFLICT);
+    EXPECT_EQ(qv_clasp_send(STRANGER, 1000, ""), "error: broadcast failed after retry.");
+    EXPECT_EQ(net.posts("/woc/tx/raw"), 3U);
+    for (std::uint32_t vout = 0; vout < 3; ++vout) EXPECT_TRUE(spent(money, vout)) << vout;
+    EXPECT_FALSE(spent(money, 3));
+    EXPECT_EQ(net.payments().size(), 0U);
+}
+
+TEST(Send, AConflictOverTheOnlyCoinLeavesNothing) {
+    PlayNetwork net;
+    net.fund(own(), {90'000});
+    net.freeze_lists(own());
+    all_say(net, CONFLICT);
+    EXPECT_EQ(qv_clasp_send(STRANGER, 1000, ""), "error: you have 0 in your Clasp wallet.");
+    EXPECT_EQ(net.posts("/woc/tx/raw"), 1U);
+}
+
+TEST(Send, MissingInputsAreLookedUpInTheIndex) {
+    for (const bool index_lists_them : {true, false}) {
+        PlayNetwork net;
+        const std::string money = net.fund(own(), {90'000, 80'000});
+        net.home_does({SILENT});
+        net.woc_does({MISSING, takes("\"TXID\"")});
+        net.arc_does({MISSING});
+        net.index_answers = index_lists_them;
+        const std::string txid = txid_in(qv_clasp_send(STRANGER, 1000, ""));
+        ASSERT_NE(txid, "");
+        // Coins that the index still lists are given back and chosen again.
+        EXPECT_EQ(net.chain.find(txid)->inputs[0].vout, index_lists_them ? 0U : 1U);
+        EXPECT_TRUE(spent(money, 0));
+        EXPECT_EQ(net.gets("/api/txos"), 2U) << "receive and identity address";
+    }
+}
+
+TEST(Send, OtherFailuresAreFinalAndMarkNothing) {
+    PlayNetwork net;
+    const std::string money = net.fund(own(), {90'000});
+    all_say(net, refuses("64: too-long-mempool-chain"));
+    EXPECT_EQ(qv_clasp_send(STRANGER, 1000, ""),
+              "error: broadcast failed: HTTP 400 – 64: too-long-mempool-chain");
+    EXPECT_EQ(net.posts("/woc/tx/raw"), 1U);
+    EXPECT_EQ(net.probes(), 1U);
+    EXPECT_FALSE(spent(money, 0));
+
+    net.home_does({takes("{}")});
+    EXPECT_NE(txid_in(qv_clasp_send(STRANGER, 1000, "")), "");
+    EXPECT_EQ(net.owned(STRANGER), 1000);
+}
+
+// The network has it, and every service that was told breaks off: the probe before the end finds it.
+TEST(Send, ASilentlyTakenTransactionIsASuccessAndItsChangeIsSpent) {
+    PlayNetwork net;
+    net.fund(own(), {90'000});
+    net.freeze_lists(own());
+    net.home_does({hangs_up(true), takes("{}")});
+    net.woc_does({SILENT});
+    net.arc_does({SILENT});
+    const std::string first = txid_in(qv_clasp_send(STRANGER, 1000, ""));
+    ASSERT_NE(first, "");
+    EXPECT_EQ(net.payments().size(), 1U);
+    const std::string second = txid_in(qv_clasp_send(OTHER_STRANGER, 1000, ""));
+    ASSERT_NE(second, "");
+    EXPECT_EQ(net.chain.find(second)->inputs[0].txid, first);
+}
+
+struct LateSight {
+    std::string what;
+    int misses;
+    bool lists_show_it;
+};
+
+// A conflict with this very transaction, which no look-up shows for a while: wherever it turns up, nobody is
+// paid twice.
+class LateSightOfASend : public testing::TestWithParam<LateSight> {};
+
+TEST_P(LateSightOfASend, NeverPaysTwice) {
+    PlayNetwork net;
+    const std::string money = net.fund(own(), {90'000});
+    if (!GetParam().lists_show_it) net.freeze_lists(own());
+    net.home_does({hangs_up(true)});
+    net.woc_does({CONFLICT});
+    net.arc_does({CONFLICT});
+    net.misses = GetParam().misses;
+    const std::string txid = txid_in(qv_clasp_send(STRANGER, 1000, ""));
+    EXPECT_NE(txid, "");
+    ASSERT_EQ(net.payments().size(), 1U);
+    EXPECT_EQ(net.payments()[0].txid, txid);
+    EXPECT_EQ(net.owned(STRANGER), 1000);
+    EXPECT_TRUE(spent(money, 0));
+    EXPECT_EQ(net.record("_change.json")["coins"][0]["txid"], txid);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, LateSightOfASend,
+                         testing::Values(LateSight{"InTheProbesOfTheBroadcast", 7, false},
+                                         LateSight{"BeforeTheRebuild", 8, false},
+                                         LateSight{"WithNoCoinLeft", 9, false},
+                                         LateSight{"WithNoCoinLeftTheSecondTime", 10, false},
+                                         LateSight{"OnlyInTheListOfCoins", -1, true}),
+                         [](const auto& row) { return row.param.what; });
+
+TEST(Send, AFailedBuildAlsoAsksForTheLastTransaction) {
+    PlayNetwork net;
+    net.fund(own(), {90'000, 600});
+    net.freeze_lists(own());
+    net.home_does({hangs_up(true)});
+    net.woc_does({CONFLICT});
+    net.arc_does({CONFLICT});
+    net.misses = 9;
+    const std::string txid = txid_in(qv_clasp_send(STRANGER, 1000, ""));
+    ASSERT_EQ(net.payments().size(), 1U);
+    EXPECT_EQ(net.payments()[0].txid, txid);
+}
+
+TEST(Send, SaysWhatIsMissingAfterThreeLooks) {
+    PlayNetwork net;
+    net.fund(own(), {700, 300});
+    EXPECT_EQ(qv_clasp_send(STRANGER, 1000, ""),
+              "error: insufficient funds. Need 1034 sats, you have 1000 in your Clasp wallet.");
+    EXPECT_EQ(net.posts(""), 0U);
+    EXPECT_EQ(net.probes(), 0U);
+}
+
+TEST(Send, CoinsOfOneSatoshiAreNeverTaken) {
+    PlayNetwork net;
+    net.fund(own(), {1, 1, 1});
+    EXPECT_EQ(qv_clasp_send(STRANGER, 1, ""), "error: you have 0 in your Clasp wallet.");
+    EXPECT_EQ(net.list_reads(), 4U) << "two addresses, and again after the cache was expired";
+    EXPECT_EQ(net.posts(""), 0U);
+}
+
+TEST(Send, AServiceThatIsDownIsNoMoney) {
+    PlayNetwork net;
+    net.fund(own(), {90'000});
+    net.lists_answer = false;
+    EXPECT_EQ(qv_clasp_send(STRANGER, 1, ""), "error: you have 0 in your Clasp wallet.");
+    EXPECT_EQ(net.posts(""), 0U);
+}
+
+// Another wallet is bound while the lock is free; its coins must not pay, and least of all to the old one's
+// change.
+TEST(Send, AWalletThatChangesMeanwhileStopsIt) {
+    for (const std::string part : {"/woc/address/", "/api/txos/"}) {
+        PlayNetwork net;
+        const std::string other = "w1700000000002";
+        const std::string words =
+            "legal winner thank year wave sausage worth useful legal winner thank yellow";
+        add_wallet(net.home_folder, other, one_wallet_document(words));
+        net.fund(own(), {90'000});
+        net.fund(sandbox::derive(words, "m/44'/236'/1'/0/0").address, {80'000});
+        all_say(net, MISSING);
+        std::atomic<bool> changed{false};
+        net.on_request = [&](const std::string& path) {
+            if (!path.starts_with(part) || changed.exchange(true)) return;
+            const WalletLock lock = qv_clasp_lock_wallet();
+            qv_clasp_set_active_wallet_id(other);
+            qv_clasp_wipe_session();
+        };
+        EXPECT_EQ(qv_clasp_send(STRANGER, 1000, ""), "error: wallet changed.") << part;
+        EXPECT_EQ(net.posts("/woc/tx/raw"), part == "/api/txos/" ? 1U : 0U);
+    }
+}
+
+TEST(Send, AKeyThatDoesNotSignSendsNothing) {
+    const sandbox::KeyPair key = one_wallet_key("1'/0/0");
+    PlayNetwork net(Json{{"priv", qv_clasp_hex_encode(key.priv)}, {"pub", ""}, {"address", ""}});
+    net.fund(key.address, {90'000});
+    ASSERT_NE(txid_in(qv_clasp_send(STRANGER, 1000, "")), "") << "a legacy wallet pays";
+    {
+        const WalletLock lock = qv_clasp_lock_wallet();
+        qv_clasp_session().priv.assign(std::string(64, '0'));
+    }
+    net.clear_requests();
+    EXPECT_EQ(qv_clasp_send(STRANGER, 1000, ""), "error: signing failed.");
+    EXPECT_EQ(net.posts(""), 0U);
+}
+
+TEST(Send, ReportsThePaymentOnlyWhereNobodyReadsATerminal) {
+    for (const bool terminal : {false, true}) {
+        PlayNetwork net;
+        net.fund(own(), {500'000});
+        std::vector<std::string> events;
+        qv_clasp_set_event_sink([&](const std::string& line) { events.push_back(line); });
+        set_terminal_probe(terminal ? [] { return true; } : [] { return false; });
+        {
+            const WalletLock lock = qv_clasp_lock_wallet();
+            ASSERT_TRUE(qv_clasp_load());
+            qv_clasp_show_balance(500'000);
+        }
+        ASSERT_NE(txid_in(qv_clasp_send(STRANGER, 100'000, "")), "");
+        qv_clasp_set_event_sink({});
+        set_terminal_probe(nullptr);
+        const std::vector<std::string> expected = {
+            "[QV-SPEND]\x1f"
+            "100000",
+            "[QV-BALANCE]\x1f"
+            "399977\x1f" +
+                ONE_WALLET_ID};
+        EXPECT_EQ(events, terminal ? std::vector<std::string>() : expected);
+        const WalletLock lock = qv_clasp_lock_wallet();
+        EXPECT_EQ(qv_clasp_session().projected_balance, terminal ? -1 : 399'977);
+    }
+}
+
+TEST(ConflictText, IsFoundInAnyCase) {
+    for (const char* text :
+         {"258: txn-mempool-conflict", "DOUBLE_SPEND_ATTEMPTED: x", "a Double Spend",
+          "SEEN_IN_ORPHAN_MEMPOOL", "txn-already-in-mempool", "error: TXN-ALREADY-KNOWN"}) {
+        EXPECT_TRUE(is_conflict_text(text)) << text;
+    }
+    for (const char* text : {"", "Missing inputs", "txn-already", "doublespend", "mempool conflict"}) {
+        EXPECT_FALSE(is_conflict_text(text)) << text;
+    }
+}
