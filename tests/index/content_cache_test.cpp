@@ -1,0 +1,163 @@
+#include "index/content_cache.h"
+
+#include <gtest/gtest.h>
+
+#include "index/inscription.h"
+#include "index/inscription_fetch.h"
+#include "tests/index/token_world.h"
+
+namespace {
+
+Bytes bytes_of(std::string_view text) {
+    return {text.begin(), text.end()};
+}
+
+struct Content {
+    bool found = false;
+    std::string type;
+    std::string body;
+};
+Content fetch(const std::string& origin, bool network = true) {
+    Content content{false, "stale", ""};
+    Bytes bytes = bytes_of("stale");
+    content.found = qv_clasp_inscription_bytes(origin, content.type, bytes, network);
+    content.body = body_text(bytes);
+    return content;
+}
+
+}  // namespace
+
+TEST(ContentCache, BodiesUpToTenMebibytesComeBack) {
+    const TestHome home;
+    std::string type;
+    Bytes bytes;
+    for (const auto& [size, kept] :
+         {std::pair<std::size_t, bool>{1, true}, {10'485'760, true}, {10'485'761, false}}) {
+        const std::string origin = out(static_cast<unsigned>(size));
+        const Bytes body(size, 0xAB);
+        qv_clasp_cache_put(origin, "image/png", body);
+        EXPECT_EQ(qv_clasp_cache_get(origin, type, bytes), kept) << size;
+        EXPECT_EQ(bytes == body, kept) << size;
+    }
+    // A file of the wrong size, whoever wrote it.
+    home.write("/ord_cache/" + out(1) + ".bin", std::string());
+    EXPECT_FALSE(qv_clasp_cache_get(out(1), type, bytes));
+    home.write("/ord_cache/" + out(2) + ".bin", std::string(10'485'761, 'x'));
+    EXPECT_FALSE(qv_clasp_cache_get(out(2), type, bytes));
+}
+
+TEST(ContentCache, ABodyOfTheSameLengthIsReplaced) {
+    const TestHome home;
+    qv_clasp_cache_put(out(1), "text/plain", bytes_of("made up"));
+    qv_clasp_cache_put(out(1), "text/html\r\nx", bytes_of("the one"));
+    EXPECT_EQ(home.read("/ord_cache/" + out(1) + ".bin"), "the one");
+    EXPECT_EQ(home.read("/ord_cache/" + out(1) + ".typ"), "text/html") << "one line";
+    qv_clasp_cache_put(out(1), "", bytes_of("the two"));
+    EXPECT_EQ(home.read("/ord_cache/" + out(1) + ".typ"), "text/html")
+        << "an unknown type takes nothing away";
+}
+
+TEST(ContentCache, NamesAreCleanedOnBothWays) {
+    const TestHome home;
+    qv_clasp_name_put(out(1), " \tA coin \n");
+    EXPECT_EQ(home.read("/ord_cache/" + out(1) + ".nam"), "A coin");
+    home.write("/ord_cache/" + out(2) + ".nam", "  " + std::string(60, 'x') + "\nmore");
+    EXPECT_EQ(qv_clasp_name_get(out(2)), std::string(48, 'x'));
+    qv_clasp_name_put(out(3), " \n");
+    EXPECT_FALSE(home.exists("/ord_cache/" + out(3) + ".nam"));
+    EXPECT_EQ(qv_clasp_name_get(out(3)), "");
+}
+
+TEST(ContentCache, OnlyAnOutpointNamesAFile) {
+    const TestHome home;
+    home.write("/wallets.bin", std::string("secret"));
+    home.write("/wallets.nam", std::string("secret"));
+    std::string type;
+    Bytes bytes;
+    for (const std::string& origin : {std::string("../wallets"), std::string("/etc/passwd"), std::string(),
+                                      out(1) + "/../../x", "../" + tx_number(1).substr(3) + "_0"}) {
+        qv_clasp_cache_put(origin, "text/plain", bytes_of("x"));
+        qv_clasp_name_put(origin, "x");
+        EXPECT_FALSE(qv_clasp_cache_get(origin, type, bytes)) << origin;
+        EXPECT_EQ(qv_clasp_name_get(origin), "") << origin;
+    }
+    EXPECT_FALSE(home.exists("/ord_cache")) << "nothing was written";
+    EXPECT_EQ(home.read("/wallets.bin"), "secret");
+}
+
+TEST(InscriptionFetch, EveryRealTransactionGivesItsInscriptionsFromRawBytes) {
+    TokenWorld world;
+    int read = 0;
+    const Json real = test_data("ordinals_raw_transactions.json");
+    for (const Json& tx : real["transactions"]) {
+        const std::string txid = json_text(tx, "txid");
+        world.server.on("GET", "/woc/tx/" + txid + "/hex", "\"" + json_text(tx, "rawTx") + "\"\r\n");
+        for (const Json& output : tx["outputs"]) {
+            const std::string layout = json_text(output, "layout");
+            const bool seen = layout == "p2pkh-first" || layout == "envelope-first";
+            const Content content = fetch(txid + "_" + std::to_string(json_int(output, "vout")));
+            ASSERT_EQ(content.found, seen) << txid << output;
+            if (!seen) continue;
+            ++read;
+            EXPECT_EQ(content.type, json_text(output, "contentType"));
+            EXPECT_EQ(static_cast<std::int64_t>(content.body.size()), json_int(output, "bodyLength"));
+        }
+    }
+    EXPECT_GE(read, 8);
+}
+
+TEST(InscriptionFetch, TheSourcesAreAskedInTheirOrderAndTheAnswerIsKept) {
+    TokenWorld world;
+    const std::string origin = tx_number(1);
+    EXPECT_FALSE(fetch(origin, false).found);
+    EXPECT_FALSE(fetch(origin).found);
+    std::vector<std::string> paths;
+    for (const ScriptedRequest& request : world.server.requests()) paths.push_back(request.path);
+    EXPECT_EQ(paths,
+              (std::vector<std::string>{
+                  "/woc/tx/" + origin, "/woc/tx/" + origin + "/hex", "/woc/tx/" + origin + "/raw",
+                  "/content-host/content/" + origin + "_0", "/api/files/inscriptions/" + origin + "_0"}));
+
+    world.server.on("GET", "/content-host/content/" + origin + "_0", R"({"error":"no"})");
+    world.server.on("GET", "/api/files/inscriptions/" + origin + "_0", "GIF89a");
+    EXPECT_EQ(fetch(origin).type, "image/gif");
+    world.server.clear_requests();
+    EXPECT_EQ(fetch(origin, false).body, "GIF89a") << "kept under the origin as it was asked for";
+    EXPECT_EQ(world.server.requests().size(), 0U);
+
+    world.server.on("GET", "/content-host/content/" + out(2), "{1234");
+    EXPECT_EQ(fetch(out(2)).body, "{1234") << "too short for an error object";
+    world.add_tx(
+        3, {token_output(person_hash(1), R"({"p":"bsv-20","op":"deploy+mint","amt":"5","name":"Five"})")});
+    EXPECT_EQ(fetch(out(3)).type, "application/bsv-20");
+    EXPECT_EQ(qv_clasp_name_get(out(3)), "Five");
+    EXPECT_FALSE(fetch(out(3, 1)).found) << "no such output";
+    world.add_tx(4,
+                 {output_json(sandbox::inscription_script(person_hash(1), "image/gif", bytes_of("GIF8")))});
+    EXPECT_TRUE(fetch(out(4)).found);
+    EXPECT_EQ(qv_clasp_name_get(out(4)), "") << "the bytes of a picture are no name";
+}
+
+TEST(InscriptionFetch, BrokenRawTransactionsGiveNothing) {
+    TokenWorld world;
+    const Json real = test_data("ordinals_raw_transactions.json");
+    const std::string raw = json_text(real["transactions"][3], "rawTx");
+    const std::string origin = out(9);
+    for (const std::string& body :
+         {std::string("zz"), std::string("01000000ffffffffffffffffff"), std::string(),
+          raw.substr(0, raw.size() / 2), raw.substr(0, 8) + "fe", raw + "0"}) {
+        world.server.on("GET", "/woc/tx/" + tx_number(9) + "/hex", body);
+        EXPECT_FALSE(fetch(origin).found) << body.substr(0, 40);
+    }
+}
+
+TEST(InscriptionFetch, TypesThatTheFirstBytesTell) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"\x89PNG\r\n\x1a\n", "image/png"},  {"\x89PNG\r\n\x1a", "application/octet-stream"},
+        {"\xFF\xD8\xFF", "image/jpeg"},      {"\xFF\xD8", "application/octet-stream"},
+        {"RIFF1234WEBP", "image/webp"},      {"RIFF", "image/webp"},
+        {"RIF", "application/octet-stream"}, {"GIF8", "image/gif"},
+        {"", "application/octet-stream"},    {"{\"a\":1}", "application/octet-stream"},
+    };
+    for (const auto& [body, type] : cases) EXPECT_EQ(sniff_content_type(bytes_of(body)), type) << body;
+}

@@ -1,0 +1,167 @@
+#include "index/history_ingest.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "index/content_cache.h"
+#include "tests/index/token_world.h"
+
+namespace {
+
+const std::string KEY(66, 'a');
+
+Json identity_record(const std::string& kind) {
+    return {{"protocol", "QV-Ident"}, {"type", "id_issue"}, {"kind", kind}};
+}
+
+Json identity_output(const Hash160& owner, const std::string& body) {
+    return output_json(
+        sandbox::inscription_script(owner, "application/json", Bytes(body.begin(), body.end())));
+}
+
+std::string feed_path() {
+    return "/woc/address/" + settings().oracle_address + "/unconfirmed/history?limit=12";
+}
+
+Json txid_rows(unsigned first, unsigned last) {
+    Json rows = Json::array();
+    for (unsigned i = first; i <= last; ++i) rows.push_back({{"tx_hash", tx_number(i)}});
+    return rows;
+}
+
+std::vector<QvClaspOrdRow> identity_rows(const std::vector<std::string>& watch) {
+    std::vector<QvClaspOrdRow> rows;
+    qv_clasp_ingest_identity(watch, rows);
+    return rows;
+}
+
+}  // namespace
+
+TEST(HistoryIngest, FindsTokensOfWatchAddressesInTheirHistories) {
+    TokenWorld world;
+    std::vector<std::string> watch;
+    for (unsigned i = 0; i < 20; ++i) {
+        watch.push_back(person(i));
+        const unsigned number = 100 + i;
+        const std::string path = "/woc/address/" + person(i);
+        // The three histories overlap; one of them does not answer.
+        world.server.on("GET", path + "/unconfirmed/history",
+                        dump_json({{"result", txid_rows(number, number)}}, -1));
+        world.server.on("GET", path + "/confirmed/history", "Not Found", 404);
+        world.server.on("GET", path + "/history", dump_json(txid_rows(number, number), -1));
+        world.add_tx(number, {token_output(person_hash(i), transfer(i % 2 == 0 ? out(1) : "", "07")),
+                              token_output(person_hash(500), transfer(out(1), "1"))});
+    }
+    std::vector<LocalOrd> found;
+    ingest_woc_recent_ords(watch, found, 0);
+    ASSERT_EQ(found.size(), 20U);
+    std::sort(found.begin(), found.end(),
+              [](const LocalOrd& a, const LocalOrd& b) { return a.origin < b.origin; });
+    for (unsigned i = 0; i < 20; ++i) {
+        EXPECT_EQ(found[i].origin, out(100 + i));
+        EXPECT_EQ(found[i].address, person(i));
+        EXPECT_EQ(found[i].amt, "7");
+        EXPECT_EQ(found[i].token_id, i % 2 == 0 ? out(1) : out(100 + i));
+        EXPECT_EQ(world.server.count("GET", "/woc/tx/" + tx_number(100 + i)), 1U);
+    }
+}
+
+TEST(HistoryIngest, ReadsTheLast24TransactionsOfAnAddressAndNoneForAnotherWallet) {
+    TokenWorld world;
+    world.server.on("GET", "/woc/address/" + person(1) + "/unconfirmed/history",
+                    dump_json(txid_rows(1, 100), -1));
+    std::vector<LocalOrd> found;
+    ingest_woc_recent_ords({person(1)}, found, qv_clasp_generation() + 1);
+    EXPECT_EQ(world.server.requests().size(), 0U);
+    ingest_woc_recent_ords({person(1)}, found, qv_clasp_generation());
+    EXPECT_EQ(world.server.count("GET", "/woc/tx/"), 24U);
+    EXPECT_EQ(world.server.count("GET", "/woc/tx/" + tx_number(77)), 1U);
+    EXPECT_EQ(world.server.count("GET", "history"), 1U) << "a full list asks no other history";
+}
+
+TEST(HistoryIngest, LabelsOfIdentityRecords) {
+    const std::pair<const char*, const char*> kinds[] = {
+        {"id_age", "ID-age"},
+        {"id_addr", "ID-addr"},
+        {"id_photo", "ID-gov-photo"},
+        {"id_bank", "ID-bank"},
+        {"id_paypal", "ID-paypal"},
+        {"id_code_sign", "code-signing-ID"},
+        {"id_web_sign", "website-signing-ID"},
+        {"ID_AGE", ""},
+        {"", ""},
+    };
+    for (const auto& [kind, label] : kinds) EXPECT_EQ(kind_label(kind), label) << kind;
+
+    struct Case {
+        const char* what;
+        Json change;
+        std::string key;
+        bool ok;
+        std::string label;
+    };
+    const std::string upper(66, 'A');
+    const Case cases[] = {
+        {"about nobody", {}, KEY, true, "ID-age"},
+        {"about this wallet", {{"subject", upper}, {"subject_handle", "me@x"}}, KEY, true, "ID-age"},
+        {"about someone else", {{"subject", "02ff"}, {"subject_handle", "bob@x"}}, KEY, true, "ID-age (bob)"},
+        {"with a bare handle", {{"subject", "02ff"}, {"subject_handle", "bob"}}, KEY, true, "ID-age (bob)"},
+        {"without a handle", {{"subject", "02ff"}}, KEY, true, "ID-age"},
+        {"key not known", {{"subject", "02ff"}, {"subject_handle", "bob@x"}}, "", true, "ID-age"},
+        {"unknown kind", {{"kind", "id_x"}, {"name", "A record"}}, KEY, true, "A record"},
+        {"kind of another type", {{"kind", 5}}, KEY, true, ""},
+        {"another protocol", {{"protocol", "qv-ident"}}, KEY, false, ""},
+        {"another type", {{"type", "id_revoke"}}, KEY, false, ""},
+        {"type of another type", {{"type", {1}}}, KEY, false, ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Json record = identity_record("id_age");
+        if (c.change.is_object()) record.update(c.change);
+        std::string label = "stale";
+        EXPECT_EQ(identity_label(dump_json(record, -1), c.key, label), c.ok);
+        EXPECT_EQ(label, c.label);
+    }
+    std::string label;
+    EXPECT_FALSE(identity_label(" " + dump_json(identity_record("id_age"), -1), KEY, label));
+    EXPECT_FALSE(identity_label("{\"protocol\":", KEY, label));
+}
+
+TEST(HistoryIngest, TheIdentityFeedGivesRowsForThisWalletOnly) {
+    TokenWorld world;
+    world.server.on("GET", feed_path(), dump_json({{"result", txid_rows(1, 2)}}, -1));
+    world.home_host.on("GET", "/oi/oracle/ident/txids?limit=12",
+                       dump_json({{"txids", {tx_number(2), tx_number(3), 5, "junk"}}}, -1));
+    const std::string body = dump_json(identity_record("id_bank"), -1);
+    world.add_tx(1, {identity_output(person_hash(9), body)});
+    world.add_tx(2,
+                 {output_json(sandbox::p2pkh_script(person_hash(1))), identity_output(person_hash(1), body)});
+    world.add_tx(3, {identity_output(person_hash(1), R"({"protocol":"other","type":"id_issue"})")});
+    const std::vector<QvClaspOrdRow> rows = identity_rows({person(1)});
+    ASSERT_EQ(rows.size(), 1U);
+    EXPECT_EQ(rows[0].origin, out(2, 1));
+    EXPECT_EQ(rows[0].vout, 1U);
+    EXPECT_EQ(rows[0].satoshis, 1);
+    EXPECT_EQ(rows[0].type, "application/json");
+    EXPECT_EQ(rows[0].address, person(1));
+    EXPECT_EQ(rows[0].name, "ID-bank");
+    EXPECT_TRUE(rows[0].certificate);
+    EXPECT_EQ(world.home.read("/ord_cache/" + out(2, 1) + ".bin"), body);
+    EXPECT_EQ(world.server.count("GET", "/woc/tx/"), 3U);
+}
+
+TEST(HistoryIngest, TheSecondFeedIsAskedOnlyBelowTwelve) {
+    for (const unsigned count : {11U, 12U}) {
+        TokenWorld world;
+        world.server.on("GET", feed_path(), dump_json(txid_rows(1, count), -1));
+        EXPECT_TRUE(identity_rows({person(1)}).empty());
+        EXPECT_EQ(world.home_host.requests().size(), count < 12 ? 1U : 0U);
+    }
+    TokenWorld world;
+    world.server.on("GET", feed_path(), "<html>", 502);
+    world.home_host.on("GET", "/oi/oracle/ident/txids?limit=12",
+                       dump_json({{"result", {{{"txid", tx_number(1)}}}}}, -1));
+    world.add_tx(1, {identity_output(person_hash(1), dump_json(identity_record("id_age"), -1))});
+    EXPECT_EQ(identity_rows({person(1)}).size(), 1U) << "one feed down leaves the other";
+}

@@ -1,0 +1,165 @@
+#include "index/token_walk.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "index/chain_view.h"
+#include "index/content_cache.h"
+#include "tests/index/token_world.h"
+
+namespace {
+
+// Holdings as outpoint and lots.
+using Holdings = std::map<std::string, std::string>;
+
+Holdings walk(const std::string& token_id, std::uint64_t generation = 0) {
+    std::vector<HolderTxo> rows;
+    qv_clasp_trace_token_rows(token_id, rows, generation);
+    Holdings holdings;
+    for (const HolderTxo& row : rows) {
+        EXPECT_TRUE(holdings.emplace(row.outpoint, row.lots).second) << "twice: " << row.outpoint;
+    }
+    return holdings;
+}
+
+// Deploy 1 of 1000, spent by 2: 300 to person 1, 700 to person 2; the second is spent by 3: 700 to person 3.
+void add_small_token(TokenWorld& world) {
+    world.add_deploy(1, person_hash(0), "1000", "Small");
+    world.add_spend(1, 0, 2);
+    world.add_tx(2, {token_output(person_hash(1), transfer(out(1), "0300")),
+                     token_output(person_hash(2), transfer(out(1), "700"))});
+    world.add_spend(2, 1, 3);
+    world.add_tx(3, {output_json(sandbox::p2pkh_script(person_hash(9))),
+                     token_output(person_hash(3), transfer(out(1), "700"))});
+}
+
+}  // namespace
+
+TEST(TokenWalk, FollowsTheTokenFromItsDeployToItsHolders) {
+    TokenWorld world;
+    add_small_token(world);
+    std::vector<HolderTxo> rows;
+    qv_clasp_trace_token_rows(out(1), rows, 0);
+    ASSERT_EQ(rows.size(), 2U);
+    EXPECT_EQ(rows[0].outpoint, out(3, 1)) << "the last output that was pushed comes first";
+    EXPECT_EQ(rows[1].txid, tx_number(2));
+    EXPECT_EQ(rows[1].vout, 0U);
+    EXPECT_EQ(rows[1].lots, "300");
+    EXPECT_EQ(rows[1].op, "transfer");
+    EXPECT_EQ(rows[1].owner, person(1));
+    EXPECT_EQ(rows[1].owner_hash, person_hash(1));
+    std::string type;
+    Bytes body;
+    EXPECT_TRUE(qv_clasp_cache_get(out(1), type, body)) << "bodies met on the way are kept";
+}
+
+TEST(TokenWalk, ClimbsFromALaterOutputAndVisitsNothingTwice) {
+    TokenWorld world;
+    add_small_token(world);
+    EXPECT_EQ(walk(out(3, 1)), (Holdings{{out(2), "300"}, {out(3, 1), "700"}}));
+    EXPECT_EQ(world.server.count("GET", TokenWorld::spent_path(3, 1)), 1U);
+}
+
+TEST(TokenWalk, WhichOutputsOfASpenderBelongToTheToken) {
+    TokenWorld world;
+    world.add_deploy(1, person_hash(0), "1000");
+    world.add_spend(1, 0, 2);
+    Json moved = token_output(person_hash(5), transfer(out(1), "5"));
+    moved["n"] = 6;  // its own number, not its place
+    world.add_tx(
+        2, {token_output(person_hash(1), transfer(out(1), "1")),
+            token_output(person_hash(2), transfer(out(0x99), "2")),
+            token_output(person_hash(3), transfer("", "3")),
+            token_output(person_hash(4), sandbox::deploy_mint_body("X", "4", 0, "", "")), nullptr, 7, moved});
+    EXPECT_EQ(walk(out(1)), (Holdings{{out(2, 0), "1"}, {out(2, 2), "3"}, {out(2, 6), "5"}}));
+    EXPECT_EQ(world.server.count("GET", "/woc/tx/" + tx_number(0x99)), 0U)
+        << "the other token is not followed";
+}
+
+TEST(TokenWalk, ABranchEndsWhereTheChainIsNotKnown) {
+    struct Case {
+        const char* what;
+        ScriptedAnswer spent, tx;
+        Holdings holdings;
+    };
+    const Case cases[] = {
+        {"unspent", {.status = 404, .body = ""}, {}, {{out(1), "1000"}}},
+        {"spend unknown", {.status = 500, .body = "x"}, {}, {}},
+        {"spender unknown",
+         {.status = 200, .body = R"({"txid":")" + tx_number(2) + "\"}"},
+         {.status = 500, .body = ""},
+         {}},
+        {"spender without outputs",
+         {.status = 200, .body = R"({"txid":")" + tx_number(2) + "\"}"},
+         {.status = 200, .body = R"({"vout":{}})"},
+         {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        TokenWorld world;
+        qv_clasp_clear_spend_cache();
+        world.add_deploy(1, person_hash(0), "1000");
+        world.server.on("GET", TokenWorld::spent_path(1, 0), {c.spent});
+        world.server.on("GET", "/woc/tx/" + tx_number(2), {c.tx});
+        EXPECT_EQ(walk(out(1)), c.holdings);
+    }
+    TokenWorld world;
+    EXPECT_EQ(walk(tx_number(1)), Holdings{}) << "a bare txid is no token id";
+    EXPECT_EQ(world.server.requests().size(), 0U);
+}
+
+TEST(TokenWalk, StopsAfter256Pops) {
+    TokenWorld world;
+    // A chain of single transfers: the pop of number n reads transaction n.
+    world.add_deploy(1, person_hash(0), "9");
+    for (unsigned n = 1; n <= 300; ++n) {
+        world.add_spend(n, 0, n + 1);
+        world.add_tx(n + 1, {token_output(person_hash(n), transfer(out(1), "9"))});
+    }
+    EXPECT_EQ(walk(out(1)), Holdings{});
+    EXPECT_EQ(world.server.count("GET", TokenWorld::spent_path(256, 0)), 1U);
+    EXPECT_EQ(world.server.count("GET", TokenWorld::spent_path(257, 0)), 0U);
+}
+
+TEST(TokenWalk, AWalletSwitchEndsItWithinOneStep) {
+    TokenWorld world;
+    add_small_token(world);
+    EXPECT_EQ(walk(out(1), qv_clasp_generation() + 1), Holdings{});
+    EXPECT_EQ(world.server.requests().size(), 0U);
+    world.server.on_any([](const ScriptedRequest& request, ScriptedAnswer&) {
+        if (request.path == TokenWorld::spent_path(1, 0)) qv_clasp_raise_generation();
+        return false;
+    });
+    EXPECT_EQ(walk(out(1), qv_clasp_generation()), Holdings{});
+    EXPECT_EQ(world.server.count("GET", TokenWorld::spent_path(2, 0)), 0U);
+}
+
+TEST(TokenWalk, TheOwnedWalkFindsWatchedOutputsOnly) {
+    TokenWorld world;
+    add_small_token(world);
+    std::vector<LocalOrd> found;
+    qv_clasp_trace_owned(out(3, 1), {person(1), "no address"}, found, false, 0);
+    EXPECT_TRUE(found.empty()) << "without climbing only what follows is seen";
+    qv_clasp_trace_owned(out(3, 1), {person(1), "no address"}, found, true, 0);
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found[0].origin, out(2));
+    EXPECT_EQ(found[0].type, "application/bsv-20");
+    EXPECT_EQ(found[0].address, person(1));
+    EXPECT_EQ(found[0].amt, "300");
+    EXPECT_EQ(found[0].token_id, out(1));
+    EXPECT_FALSE(found[0].created) << "what was found was not made here";
+}
+
+TEST(TokenWalk, TheOwnedWalkStopsAfter48Pops) {
+    TokenWorld world;
+    world.add_deploy(1, person_hash(0), "9");
+    for (unsigned n = 1; n <= 60; ++n) {
+        world.add_spend(n, 0, n + 1);
+        world.add_tx(n + 1, {token_output(person_hash(n), transfer(out(1), "9"))});
+    }
+    std::vector<LocalOrd> found;
+    qv_clasp_trace_owned(out(1), {person(1)}, found, true, 0);
+    EXPECT_EQ(world.server.count("GET", TokenWorld::spent_path(48, 0)), 1U);
+    EXPECT_EQ(world.server.count("GET", TokenWorld::spent_path(49, 0)), 0U);
+}
