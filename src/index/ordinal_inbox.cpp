@@ -109,7 +109,8 @@ void qv_clasp_post_ord_inbox(const LocalOrd& ord) {
         return json_text(record, "origin") == ord.origin;
     });
     Json merged = known == records.end() ? Json::object() : *known;
-    for (const auto& [key, value] : inbox_record(ord).items())
+    const Json newer = inbox_record(ord);
+    for (const auto& [key, value] : newer.items())
         if (value != "" || !merged.contains(key)) merged[key] = value;
     if (known == records.end()) {
         records.push_back(merged);

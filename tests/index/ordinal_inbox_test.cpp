@@ -1,0 +1,114 @@
+#include "index/ordinal_inbox.h"
+
+#include <gtest/gtest.h>
+
+#include "index/content_cache.h"
+#include "tests/index/sweep_world.h"
+
+namespace {
+
+std::string inbox_path(const Hash160& hash) {
+    return "/ord_inbox/" + qv_clasp_hex_encode(hash) + ".json";
+}
+
+void absorb() {
+    const WalletLock lock = qv_clasp_lock_wallet();
+    ASSERT_TRUE(qv_clasp_load());
+    qv_clasp_absorb_ord_inbox();
+}
+
+}  // namespace
+
+TEST(OrdinalInbox, RecordsForTheWalletAreTaken) {
+    SweepWorld world(
+        Json::array({owned_row(out(2), {{"name", "Mine"}}), owned_row(out(3), {{"hidden", true}})}));
+    world.home.write(
+        inbox_path(world.address_hash),
+        Json::array({{{"origin", out(1)}, {"amt", "0050"}, {"id", out(8)}, {"name", "Gift Coin"}},
+                     {{"origin", out(2)}, {"name", "Theirs"}, {"icon", "i"}},
+                     {{"origin", out(3)}, {"name", "Hidden one"}},
+                     {{"origin", "nowhere"}, {"amt", "1"}},
+                     {{"name", "no origin"}},
+                     17,
+                     {{"origin", out(4)}, {"amt", 5}}}));
+    absorb();
+    EXPECT_EQ(world.owned(),
+              Json::array({owned_row(out(2), {{"name", "Mine"}, {"icon", "i"}}),
+                           owned_row(out(3), {{"hidden", true}}),
+                           owned_row(out(1), {{"amt", "50"}, {"token_id", out(8)}, {"name", "Gift Coin"}}),
+                           owned_row(out(4))}));
+    EXPECT_EQ(world.home.read("/ord_cache/" + out(1) + ".bin"),
+              R"({"amt":"50","id":")" + out(8) + R"(","name":"Gift Coin","op":"transfer","p":"bsv-20"})");
+    EXPECT_EQ(world.home.read("/ord_cache/" + out(1) + ".typ"), "application/bsv-20");
+    EXPECT_EQ(qv_clasp_name_get(out(1)), "Gift Coin");
+    EXPECT_FALSE(world.home.exists("/ord_cache/" + out(4) + ".bin"))
+        << "without an amount nothing is made up";
+}
+
+TEST(OrdinalInbox, WhatIsKnownAlreadyIsLeftAsItIs) {
+    SweepWorld world;
+    world.cache_body(out(1), "text/plain", "the real body");
+    world.home.write(inbox_path(world.address_hash), Json::array({{{"origin", out(1)}, {"amt", "5"}}}));
+    absorb();
+    EXPECT_EQ(world.home.read("/ord_cache/" + out(1) + ".bin"), "the real body");
+    const std::string saved = world.home.read(ONE_WALLET_PATH);
+    world.home.write(ONE_WALLET_PATH, saved + "\n");
+    absorb();
+    EXPECT_EQ(world.home.read(ONE_WALLET_PATH), saved + "\n") << "the same record again saves nothing";
+}
+
+TEST(OrdinalInbox, AFileThatCannotBeReadIsEmpty) {
+    for (const std::string content : {"{", "{}", "[[", "\"text\""}) {
+        SweepWorld world;
+        world.home.write(inbox_path(world.address_hash), content);
+        const std::string before = world.home.read(ONE_WALLET_PATH);
+        absorb();
+        EXPECT_EQ(world.home.read(ONE_WALLET_PATH), before) << content;
+    }
+}
+
+TEST(OrdinalInbox, PostingKeepsOneRecordAnOrigin) {
+    const TestHome home;
+    LocalOrd ord;
+    ord.origin = out(1);
+    ord.address = person(1);
+    ord.amt = "5";
+    ord.name = "First name";
+    qv_clasp_post_ord_inbox(ord);
+    ord.name.clear();
+    ord.amt = "6";
+    qv_clasp_post_ord_inbox(ord);
+    ord.origin = out(2);
+    qv_clasp_post_ord_inbox(ord);
+    const Json records = home.read_json(inbox_path(person_hash(1)));
+    ASSERT_EQ(records.size(), 2U);
+    EXPECT_EQ(records[0], (Json{{"origin", out(1)},
+                                {"type", ""},
+                                {"name", "First name"},
+                                {"icon", ""},
+                                {"amt", "6"},
+                                {"address", person(1)},
+                                {"id", ""}}));
+    ord.address = "../escape";
+    qv_clasp_post_ord_inbox(ord);
+    EXPECT_FALSE(home.exists("/escape.json")) << "only an address names a file";
+}
+
+TEST(OrdinalInbox, NamesComeFromOtherWallets) {
+    SweepWorld world;
+    const auto names = [](unsigned tx, const std::string& name) {
+        return Json{{"ord_owned", {{{"origin", out(tx)}, {"name", name}}}}};
+    };
+    add_wallet(world.home, "w2", names(1, " From the registry "));
+    world.home.write("/quorvelle_clasp.detached-7.json", names(2, "Detached"));
+    world.home.write("/parked/old.json", names(3, "Parked"));
+    world.home.write("/parked/broken.json", std::string("{"));
+    world.home.write("/parked/known.json", names(4, "Another name"));
+    qv_clasp_name_put(out(4), "Known name");
+    const WalletLock lock = qv_clasp_lock_wallet();
+    qv_clasp_harvest_ord_names();
+    EXPECT_EQ(qv_clasp_name_get(out(1)), "From the registry");
+    EXPECT_EQ(qv_clasp_name_get(out(2)), "Detached");
+    EXPECT_EQ(qv_clasp_name_get(out(3)), "Parked");
+    EXPECT_EQ(qv_clasp_name_get(out(4)), "Known name");
+}

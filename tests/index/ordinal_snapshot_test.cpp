@@ -1,0 +1,59 @@
+#include "index/ordinal_snapshot.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/index/token_world.h"
+
+TEST(OrdinalSnapshot, WhatIsSavedIsReadBack) {
+    const TestHome home;
+    OrdSnapshot saved;
+    LocalOrd lot;
+    lot.origin = out(1, 2);
+    lot.txid = tx_number(5);
+    lot.vout = 7;
+    lot.type = "image/png";
+    lot.name = "Ñame";
+    lot.icon = out(3);
+    lot.address = person(1);
+    saved.lots = {lot};
+    saved.txids = {tx_number(5)};
+    saved.token_ids = {out(8)};
+    qv_clasp_ord_snap_save("w1", saved);
+    OrdSnapshot read;
+    ASSERT_TRUE(qv_clasp_ord_snap_load("w1", read));
+    ASSERT_EQ(read.lots.size(), 1U);
+    EXPECT_EQ(read.lots[0].origin + read.lots[0].txid, lot.origin + lot.txid);
+    EXPECT_EQ(read.lots[0].vout, 7);
+    EXPECT_EQ(read.lots[0].type + read.lots[0].name + read.lots[0].icon + read.lots[0].address,
+              lot.type + lot.name + lot.icon + lot.address);
+    EXPECT_EQ(read.txids, saved.txids);
+    EXPECT_EQ(read.token_ids, saved.token_ids);
+    EXPECT_FALSE(qv_clasp_ord_snap_load("w2", read)) << "another wallet has its own";
+    EXPECT_TRUE(read.lots.empty());
+}
+
+TEST(OrdinalSnapshot, HowAFileIsRead) {
+    const TestHome home;
+    const Json odd = {{"lots",
+                       {{{"origin", out(1, 3)}},
+                        {{"origin", out(2)}, {"txid", tx_number(9)}, {"vout", -1}},
+                        {{"origin", tx_number(3)}, {"txid", "short"}},
+                        {{"txid", tx_number(4)}},
+                        17}},
+                      {"txids", {"short", tx_number(6), 17}},
+                      {"token_ids", {"any text", nullptr}}};
+    home.write("/ord_snap/w1.json", odd);
+    OrdSnapshot read;
+    ASSERT_TRUE(qv_clasp_ord_snap_load("w1", read));
+    ASSERT_EQ(read.lots.size(), 2U);
+    EXPECT_EQ(read.lots[0].txid + std::to_string(read.lots[0].vout), tx_number(1) + "3") << "from the origin";
+    EXPECT_EQ(read.lots[1].txid + std::to_string(read.lots[1].vout), tx_number(9) + "0");
+    EXPECT_EQ(read.txids, std::vector<std::string>{tx_number(6)});
+    EXPECT_EQ(read.token_ids, std::vector<std::string>{"any text"});
+    for (const std::string content :
+         {"", "{", "[]", "{}", R"({"token_ids":["x"]})", R"({"lots":{},"txids":["x"]})"}) {
+        home.write("/ord_snap/w1.json", content);
+        EXPECT_FALSE(qv_clasp_ord_snap_load("w1", read)) << content;
+        EXPECT_TRUE(read.token_ids.empty()) << content;
+    }
+}
