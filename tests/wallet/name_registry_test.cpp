@@ -1,7 +1,6 @@
 #include "wallet/name_registry.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <thread>
 

@@ -1,8 +1,8 @@
 #include "wallet/wallet_document.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
+
+#include <algorithm>
 
 #include "base/hex.h"
 #include "tests/support/one_wallet.h"

@@ -1,12 +1,8 @@
 #include "wallet/wallet_registry.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <atomic>
-#include <chrono>
 #include <thread>
 
 #include "tests/support/fake_clock.h"
@@ -18,26 +14,6 @@
 namespace {
 
 const Json NO_WALLETS = {{"wallets", Json::array()}};
-
-int open_descriptors() {
-    int count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-        (void)entry;
-        ++count;
-    }
-    return count;
-}
-
-// In a child process: adds one to the number in the registry, many times, each time under the lock.
-[[noreturn]] void count_up(int times) {
-    for (int i = 0; i < times; ++i) {
-        const RegistryLock lock;
-        Json registry = qv_clasp_read_registry();
-        registry["count"] = json_int(registry, "count") + 1;
-        if (!qv_clasp_write_registry(registry)) ::_exit(1);
-    }
-    ::_exit(0);
-}
 
 }  // namespace
 
@@ -122,33 +98,6 @@ TEST(Registry, RowTakesTheNameOfThePaymail) {
     qv_clasp_wipe_session();
 }
 
-TEST(RegistryLockFile, IsOpenedOnceForNestedHolds) {
-    const TestHome home;
-    const int before = open_descriptors();
-    {
-        const RegistryLock outer;
-        EXPECT_EQ(open_descriptors(), before + 1);
-        const RegistryLock inner;
-        qv_clasp_list_wallets();
-        EXPECT_EQ(open_descriptors(), before + 1);
-    }
-    EXPECT_EQ(open_descriptors(), before);
-    EXPECT_EQ(home.read("/wallets.lock"), "");
-    EXPECT_TRUE(home.exists("/wallets.lock"));
-}
-
-TEST(RegistryLockFile, IsReleasedWhenAnExceptionPasses) {
-    const TestHome home;
-    const int before = open_descriptors();
-    EXPECT_THROW(
-        {
-            const RegistryLock lock;
-            throw std::runtime_error("on the way out");
-        },
-        std::runtime_error);
-    EXPECT_EQ(open_descriptors(), before);
-}
-
 TEST(RegistryLockFile, ThatDoesNotOpenLeavesTheMutexToGuardTheThreads) {
     const TestHome home;
     make_folder(home.root() + "/wallets.lock");
@@ -166,49 +115,6 @@ TEST(RegistryLockFile, ThatDoesNotOpenLeavesTheMutexToGuardTheThreads) {
     }
     for (std::thread& thread : threads) thread.join();
     EXPECT_FALSE(met);
-}
-
-TEST(RegistryLockFile, SerialisesTwoProcesses) {
-    const TestHome home;
-    constexpr int TIMES = 40;
-    std::vector<pid_t> children;
-    for (int i = 0; i < 3; ++i) {
-        const pid_t child = ::fork();
-        if (child == 0) count_up(TIMES);
-        children.push_back(child);
-    }
-    for (const pid_t child : children) {
-        int status = 0;
-        ASSERT_EQ(::waitpid(child, &status, 0), child);
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    }
-    EXPECT_EQ(json_int(home.read_json("/wallets.json"), "count"), 3 * TIMES) << "an update was lost";
-}
-
-TEST(RegistryLockFile, MakesAnotherProcessWaitForItsEnd) {
-    const TestHome home;
-    int ready[2];
-    ASSERT_EQ(::pipe(ready), 0);
-    pid_t child = 0;
-    {
-        // The child is there before the lock is, so that it inherits no hold of it.
-        child = ::fork();
-        if (child == 0) {
-            char go = 0;
-            if (::read(ready[0], &go, 1) != 1) ::_exit(2);
-            const RegistryLock lock;
-            ::_exit(file_exists(home.root() + "/released") ? 0 : 1);
-        }
-        const RegistryLock lock;
-        ASSERT_EQ(::write(ready[1], "g", 1), 1);
-        std::this_thread::sleep_for(std::chrono::milliseconds(30));
-        home.write("/released", std::string("1"));
-    }
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-    ::close(ready[0]);
-    ::close(ready[1]);
 }
 
 TEST(Migration, MovesTheOldDocumentIntoAnEmptyRegistry) {

@@ -1,5 +1,8 @@
 #include "platform/user_data.h"
 
+#include <filesystem>
+#include <system_error>
+
 #include "platform/win32/wide.h"
 
 std::string family_data_folder() {
@@ -12,4 +15,10 @@ std::string family_data_folder() {
         if (!text.empty()) folder = text;
     }
     return folder + "\\Quorvelle";
+}
+
+// The per-user folder is its owner's alone already, and what is made in it inherits that.
+void create_private_folder(const std::string& path) {
+    std::error_code error;
+    std::filesystem::create_directories(std::filesystem::path(wide_from_utf8(path)), error);
 }
