@@ -49,11 +49,12 @@ std::vector<Coin> lagging_coins(const ServiceContext& context, const std::string
 void add_lots(const ServiceContext& context, const Transaction& tx, const std::string& token_id,
               const Txids& unseen, std::map<std::string, std::string>& lots) {
     for (std::size_t vout = 0; vout < tx.outputs.size(); ++vout) {
-        // Tokens stand in outputs of one satoshi, and reading every other script would cost time.
+        // Tokens stand in outputs of one satoshi. Reading a script is the dear part, so it comes last.
         if (tx.outputs[vout].sats != 1) continue;
+        const Coin coin = coin_of(tx, vout);
         TokenOutput output;
-        if (!read_token_output(coin_of(tx, vout), output) || output.token_id != token_id) continue;
-        if (output.owner.empty() || spent_for_index(context, output.coin, unseen)) continue;
+        if (spent_for_index(context, coin, unseen) || !read_token_output(coin, output)) continue;
+        if (output.token_id != token_id || output.owner.empty()) continue;
         lots[output.owner] = dec_add(lots[output.owner], output.amt());
     }
 }
