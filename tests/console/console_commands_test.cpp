@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <atomic>
 #include <sstream>
+#include <thread>
 
 #include "base/json_file.h"
 #include "base/settings.h"
@@ -333,6 +334,5 @@ TEST_F(Console, OnATerminalTheDotsRunInPlace) {
     MessageQueue queue;
     ConsoleRequest request;
     EXPECT_EQ(run_console(request, slow, queue, {in, out_stream, err_stream, true, true}), 0);
-    EXPECT_EQ(watch.str().substr(0, 42), "\rReading the wallet .\rReading the wallet ..");
-    EXPECT_TRUE(watch.str().ends_with("\n"));
+    EXPECT_TRUE(watch.str().starts_with("\rReading the wallet .\rReading the wallet ..\n")) << watch.str();
 }
