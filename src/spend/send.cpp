@@ -42,7 +42,7 @@ struct SendRun {
     Hash160 dest_hash160{};
     Hash160 change_hash160{};
     std::int64_t sats = 0;
-    TriedTx last;
+    std::vector<TriedTx> tried;  // the last attempt's at the end
     bool expired = false;
 };
 
@@ -55,39 +55,37 @@ bool is_success(std::string_view result) {
     return result.starts_with("success");
 }
 
-void note_spend(const SendRun& run) {
+void note_spend(std::int64_t sats, std::int64_t fee) {
     if (g_terminal_probe ? g_terminal_probe() : stdout_is_terminal()) return;
-    qv_clasp_emit_event("[QV-SPEND]", {std::to_string(run.sats)});
-    const std::int64_t balance = qv_clasp_note_spend(qv_clasp_balance_estimate(), run.sats + run.last.fee);
+    qv_clasp_emit_event("[QV-SPEND]", {std::to_string(sats)});
+    const std::int64_t balance = qv_clasp_note_spend(qv_clasp_balance_estimate(), sats + fee);
     qv_clasp_emit_event("[QV-BALANCE]", {std::to_string(balance), qv_clasp_active_wallet_id()});
 }
 
-// Takes the last transaction tried for a success, and records it as one.
-Outcome settle(const SendRun& run) {
-    std::string result =
-        qv_clasp_finish_known_tx(run.last.coins, run.last.outputs, run.last.txid, run.change_hash160);
+// Takes a transaction that has turned up for a success, and records it as one.
+Outcome settle(const SendRun& run, const TriedTx& tx) {
+    std::string result = qv_clasp_finish_known_tx(tx.coins, tx.outputs, tx.txid, run.change_hash160);
     if (result.empty()) return std::nullopt;
-    note_spend(run);
+    note_spend(run.sats, tx.fee);
     return result;
 }
 
+// Asks the chain for the last transaction tried.
 Outcome settle_if_known(const SendRun& run) {
-    if (!qv_clasp_tx_exists(run.last.txid)) return std::nullopt;
-    return settle(run);
+    if (run.tried.empty() || !qv_clasp_tx_exists(run.tried.back().txid)) return std::nullopt;
+    return settle(run, run.tried.back());
 }
 
-// An output of the last transaction among the candidates.
-bool shows_last_tx(const SendRun& run, const std::vector<QvClaspCoin>& candidates) {
-    return std::any_of(candidates.begin(), candidates.end(),
-                       [&](const QvClaspCoin& coin) { return ascii_lower(coin.txid) == run.last.txid; });
-}
-
-void write_off_coins(const std::vector<QvClaspCoin>& coins) {
-    std::vector<QvClaspUtxo> outpoints;
-    outpoints.reserve(coins.size());
-    for (const QvClaspCoin& coin : coins) outpoints.push_back({coin.txid, coin.vout, coin.sats});
-    qv_clasp_mark_all_spent(outpoints);
-    qv_clasp_prune_spent_from_cache();
+// A service that lists an output of a transaction knows it, whatever the look-ups said; a further one would
+// pay twice.
+Outcome settle_if_listed(const SendRun& run, const std::vector<QvClaspCoin>& candidates) {
+    for (const TriedTx& tx : run.tried) {
+        const bool listed = std::any_of(candidates.begin(), candidates.end(), [&](const QvClaspCoin& coin) {
+            return qv_clasp_same_outpoint(coin.txid, 0, tx.txid, 0);
+        });
+        if (listed) return settle(run, tx);
+    }
+    return std::nullopt;
 }
 
 Outcome after_no_candidate(SendRun& run, const std::string& collect_error) {
@@ -121,6 +119,8 @@ Outcome after_failed_broadcast(SendRun& run, const std::vector<QvClaspCoin>& cho
     if (qv_clasp_is_missing_inputs(result)) {
         write_off_coins(chosen);
         qv_clasp_resync_from_index(run.wallet_lock);
+        // The lock was free meanwhile, and change target and coins are the old wallet's.
+        if (!qv_clasp_load() || qv_clasp_scope_key() != run.scope) return "error: wallet changed.";
         return std::nullopt;
     }
     return result;
@@ -134,27 +134,21 @@ Outcome sign_and_broadcast(SendRun& run, std::vector<QvClaspCoin> coins, std::ve
     }
     std::string txid;
     std::string result = qv_clasp_broadcast(coins, outputs, run.change_hash160, txid);
-    run.last = {std::move(txid), std::move(coins), std::move(outputs), fee};
-    if (!is_success(result)) return after_failed_broadcast(run, run.last.coins, result);
-    note_spend(run);
-    return result;
+    if (is_success(result)) {
+        note_spend(run.sats, fee);
+        return result;
+    }
+    if (!txid.empty()) run.tried.push_back({std::move(txid), coins, std::move(outputs), fee});
+    return after_failed_broadcast(run, coins, result);
 }
 
 Outcome attempt_send(SendRun& run, int attempt) {
     std::string error;
     if (!qv_clasp_refresh_coins(run.wallet_lock, error)) return "error: " + error;
-    // The lock was free meanwhile, here or in the last attempt's resync, and the change target is the old
-    // wallet's.
-    if (qv_clasp_scope_key() != run.scope) return "error: wallet changed.";
     std::vector<QvClaspCoin> coins;
     std::int64_t total = 0;
     if (!qv_clasp_collect_coins(coins, total, error)) return after_no_candidate(run, error);
-
-    // A service that lists the change knows the transaction, whatever the look-ups said: another one would
-    // pay twice.
-    if (shows_last_tx(run, coins)) {
-        if (Outcome known = settle(run)) return known;
-    }
+    if (Outcome known = settle_if_listed(run, coins)) return known;
     std::vector<QvClaspTxOutput> outputs;
     std::int64_t fee = 0;
     if (!qv_clasp_build_tx(coins, outputs, run.dest_hash160, run.change_hash160, run.sats, run.memo, fee,

@@ -32,9 +32,9 @@ std::vector<OwnAddress> own_addresses() {
     std::vector<OwnAddress> addresses;
     add_own_address(addresses, session.address);
     if (!session.hd) return addresses;
-    for (std::uint32_t i = 0; i <= session.recv[RECEIVE_ACCOUNT]; ++i) {
-        add_own_address(addresses, qv_clasp_account_address(RECEIVE_ACCOUNT, i));
-        if (i == session.recv[RECEIVE_ACCOUNT]) break;
+    const std::uint64_t count = std::uint64_t{session.recv[RECEIVE_ACCOUNT]} + 1;
+    for (std::uint64_t i = 0; i < count; ++i) {
+        add_own_address(addresses, qv_clasp_account_address(RECEIVE_ACCOUNT, static_cast<std::uint32_t>(i)));
     }
     add_own_address(addresses, session.identity_address);
     return addresses;
@@ -53,16 +53,6 @@ const QvClaspCoin* coin_with_hash(const std::vector<QvClaspCoin>& coins, const H
         if (coin.hash160 == hash160 && !(with_key && coin.priv.empty())) return &coin;
     }
     return nullptr;
-}
-
-void mark_coins_spent(const std::vector<QvClaspCoin>& coins) {
-    std::vector<QvClaspUtxo> outpoints;
-    outpoints.reserve(coins.size());
-    for (const QvClaspCoin& coin : coins) outpoints.push_back({coin.txid, coin.vout, coin.sats});
-    qv_clasp_mark_all_spent(outpoints);
-    qv_clasp_prune_spent_from_cache();
-    std::erase_if(qv_clasp_coin_records().pending_coins,
-                  [](const QvClaspPendingCoin& coin) { return qv_clasp_is_spent(coin.txid, coin.vout); });
 }
 
 // Tells the status report what was spent from, and when.
@@ -123,12 +113,22 @@ void take_output(const QvClaspUtxo& utxo, const Hash160& hash160, const OwnAddre
 
 }  // namespace
 
+void write_off_coins(const std::vector<QvClaspCoin>& coins) {
+    std::vector<QvClaspUtxo> outpoints;
+    outpoints.reserve(coins.size());
+    for (const QvClaspCoin& coin : coins) outpoints.push_back({coin.txid, coin.vout, coin.sats});
+    qv_clasp_mark_all_spent(outpoints);
+    qv_clasp_prune_spent_from_cache();
+}
+
 void qv_clasp_record_sent(const std::vector<QvClaspCoin>& coins, const std::vector<QvClaspTxOutput>& outputs,
                           const std::string& txid, const Hash160& change_hash160) {
     // A collection takes pending coins out of the list; they have to stand in it again before it is saved.
     qv_clasp_load_change();
     if (is_hex64(txid)) qv_clasp_coin_records().last_sent_txid = txid;
-    mark_coins_spent(coins);
+    write_off_coins(coins);
+    std::erase_if(qv_clasp_coin_records().pending_coins,
+                  [](const QvClaspPendingCoin& coin) { return qv_clasp_is_spent(coin.txid, coin.vout); });
     note_spent_from(coins);
     qv_clasp_raise_generation();
 

@@ -8,6 +8,10 @@
 
 #include "spend/transaction.h"
 
+// The coins are gone, in the spent file (written once) and in the cache.
+void write_off_coins(const std::vector<QvClaspCoin>& coins);
+
+// The bookkeeping of one transaction: see above. Raises the generation.
 void qv_clasp_record_sent(const std::vector<QvClaspCoin>& coins, const std::vector<QvClaspTxOutput>& outputs,
                           const std::string& txid, const Hash160& change_hash160);
 // Takes a transaction that has turned up for a success: "success: " and the txid, or empty for a bad txid.
