@@ -20,6 +20,8 @@ constexpr std::int64_t CACHE_FRESH_NS = 8'000'000'000;
 constexpr std::int64_t ORDINALS_FRESH_NS = 20'000'000'000;
 constexpr std::int64_t EXPIRED_AGE_NS = 30'000'000'000;
 constexpr std::uintmax_t LARGEST_RECORD_FILE = 64U << 20U;
+constexpr std::string_view SPENT_TEXT_START = R"({"outpoints":[)";
+constexpr std::string_view SPENT_TEXT_END = "]}";
 
 // A record file and its text as last read or written. A text that could not be written stands for the file.
 struct RecordFile {
@@ -27,6 +29,7 @@ struct RecordFile {
     std::string scope{};
     std::string text{};
     bool only_here = false;
+    bool is_own_text = false;  // written here, so its form is known
 };
 
 RecordFile spent_file{"_spent.json"};
@@ -54,6 +57,7 @@ bool entered_other_scope(RecordFile& file) {
     file.scope = std::move(scope);
     file.text.clear();
     file.only_here = false;
+    file.is_own_text = false;
     return had_scope;
 }
 
@@ -79,6 +83,7 @@ bool read_record(const RecordFile& file, std::string& text_out) {
 
 void write_record(RecordFile& file, std::string text) {
     file.text = std::move(text);
+    file.is_own_text = true;
     file.only_here = true;
     if (!is_written_to_disk(file)) return;
     make_folder(qv_data_root() + "/ord_snap");
@@ -99,21 +104,35 @@ bool parse_spent(const std::string& text, OutpointSet& spent_out) {
     return true;
 }
 
+void append_spent_key(std::string& text, const std::string& key) {
+    if (!is_outpoint_key(key)) return;
+    if (text.size() > SPENT_TEXT_START.size()) text += ',';
+    text += '"';
+    text += key;
+    text += '"';
+}
+
 // Written by hand, because the set is long and every payment writes all of it. A key of the right form has no
 // character that JSON would escape.
 std::string spent_text(const OutpointSet& spent) {
-    std::string text = R"({"outpoints":[)";
+    std::string text(SPENT_TEXT_START);
     text.reserve(text.size() + spent.size() * (TXID_LENGTH + 8));
-    bool first = true;
-    for (const std::string& key : spent) {
-        if (!is_outpoint_key(key)) continue;
-        if (!first) text += ',';
-        first = false;
-        text += '"';
-        text += key;
-        text += '"';
+    for (const std::string& key : spent) append_spent_key(text, key);
+    return text.append(SPENT_TEXT_END);
+}
+
+// The coin's keys that the set does not hold yet go into the set and, before its end, into the text.
+void add_spent(OutpointSet& spent, std::string& text, const QvClaspUtxo& coin) {
+    OutpointSet keys;
+    add_outpoint(keys, coin.txid, coin.vout);
+    for (const std::string& key : keys) {
+        if (spent.insert(key).second) append_spent_key(text, key);
     }
-    return text + "]}";
+}
+
+void write_spent(std::string text) {
+    write_record(spent_file, std::move(text));
+    spent_keys_in_file = coin_records.spent_set.size();
 }
 
 bool parse_pending_row(const Json& row, QvClaspPendingCoin& coin_out, std::string& address_out) {
@@ -246,8 +265,12 @@ void qv_clasp_mark_spent(std::string_view txid, std::uint32_t vout) {
 
 void qv_clasp_mark_all_spent(const std::vector<QvClaspUtxo>& coins) {
     qv_clasp_load_spent();
-    for (const QvClaspUtxo& coin : coins) add_outpoint(coin_records.spent_set, coin.txid, coin.vout);
-    qv_clasp_save_spent();
+    OutpointSet& spent = coin_records.spent_set;
+    const bool is_in_step = spent_file.is_own_text && spent.size() == spent_keys_in_file;
+    std::string text = is_in_step ? std::exchange(spent_file.text, {}) : spent_text(spent);
+    text.resize(text.size() - SPENT_TEXT_END.size());
+    for (const QvClaspUtxo& coin : coins) add_spent(spent, text, coin);
+    write_spent(text.append(SPENT_TEXT_END));
 }
 
 void qv_clasp_unmark_spent(const std::vector<QvClaspUtxo>& coins) {
@@ -271,12 +294,12 @@ void qv_clasp_load_spent() {
     coin_records.spent_set = std::move(spent);
     spent_file.text = std::move(text);
     spent_keys_in_file = coin_records.spent_set.size();
+    spent_file.is_own_text = false;
 }
 
 void qv_clasp_save_spent() {
     entered_other_scope(spent_file);
-    write_record(spent_file, spent_text(coin_records.spent_set));
-    spent_keys_in_file = coin_records.spent_set.size();
+    write_spent(spent_text(coin_records.spent_set));
 }
 
 void qv_clasp_load_change() {
