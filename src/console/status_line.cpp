@@ -9,7 +9,7 @@ void StatusLine::show(const std::string& text) {
         open_width_ = line.size();
         if (!animated_) end_line();
         streams_.err.flush();
-    } else {
+    } else if (text != shown_) {
         streams_.err << line << '\n' << std::flush;
     }
     shown_ = text;
