@@ -200,7 +200,8 @@ TEST(HolderSnapshot, WhereAHolderIsPaid) {
     const std::string alias = "bob@" + settings().home_domain;
     const Case cases[] = {
         {"nobody knows him", nullptr, nullptr, owner, owner},
-        {"an answer without an alias", {{"address", person(9)}, {"kind", "ordinal"}}, nullptr, owner, owner},
+        {"an answer without an alias", {{"address", person(9)}, {"kind", "payment"}}, nullptr, owner, owner},
+        {"a token address without an alias", {{"address", person(9)}, {"kind", "ordinal"}}, nullptr, owner, ""},
         {"a payment address", {{"alias", "bob"}, {"address", person(9)}}, nullptr, alias, person(9)},
         {"a token address with one",
          {{"alias", "bob"}, {"address", person(9)}, {"kind", "bn"}},
