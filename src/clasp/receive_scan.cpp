@@ -20,7 +20,11 @@ constexpr std::size_t BATCH_ROWS = 20;
 constexpr unsigned PROBE_TIMEOUT_S = 20;
 constexpr int PROBE_TRIES = 4;
 
-std::mutex scan_mutex;
+// Never destroyed: a worker may still run when the process ends.
+std::mutex& scan_mutex() {
+    static auto& mutex = *new std::mutex;
+    return mutex;
+}
 
 struct ScanPlan {
     std::string scope_key;
@@ -99,7 +103,7 @@ bool has_balance(const Json& row) {
 }  // namespace
 
 void qv_clasp_scan_receive() {
-    const std::lock_guard<std::mutex> one_scan(scan_mutex);
+    const std::lock_guard<std::mutex> one_scan(scan_mutex());
     const ScanPlan plan = plan_scan();
     std::uint32_t highest = plan.base;
     const std::optional<std::uint32_t> last_index = probe_in_batches(plan.rows, highest);

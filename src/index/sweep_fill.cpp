@@ -23,7 +23,8 @@ bool is_full_name(const std::string& name) {
 RowContent read_content(const OrdinalSweep& sweep, const std::string& origin) {
     RowContent content;
     Bytes bytes;
-    content.known = qv_clasp_inscription_bytes(origin, content.type, bytes, true);
+    content.read = true;
+    qv_clasp_inscription_bytes(origin, content.type, bytes, true);
     content.cached_name = qv_clasp_name_get(origin);
     content.token = parse_bsv20(body_text(bytes), content.record);
     if (!content.token) content.record = {};
@@ -135,6 +136,7 @@ bool fill_row(const OrdinalSweep& sweep, const RowContent& content, QvClaspOrdRo
 void fill_rows(OrdinalSweep& sweep, const std::vector<RowContent>& contents, std::vector<LocalOrd>& owned) {
     const OwnedByOrigin by_origin(owned);
     for (std::size_t i = 0; i < sweep.rows.size(); ++i) {
+        if (!contents[i].read) continue;
         QvClaspOrdRow& row = sweep.rows[i];
         const bool changed = fill_row(sweep, contents[i], row, by_origin.find(row.origin));
         sweep.owned_changed = sweep.owned_changed || changed;
@@ -167,7 +169,8 @@ void take_token_faces(OrdinalSweep& sweep, const std::vector<TokenFace>& faces,
 }
 
 void drop_junk(OrdinalSweep& sweep, std::vector<LocalOrd>& owned) {
-    // Without their inscriptions, which are not fetched any more once the wallet has moved on, all look alike.
+    // Without their inscriptions, which are not fetched any more once the wallet has moved on, all look
+    // alike.
     const bool judged = !generation_moved(sweep.generation);
     const OwnedByOrigin by_origin(owned);
     for (const QvClaspOrdRow& row : sweep.rows) {

@@ -8,7 +8,7 @@
 
 // What is known of one row's inscription.
 struct RowContent {
-    bool known = false;
+    bool read = false;  // it was looked for; the sweep gives that up when the wallet moves on
     std::string type;
     std::string cached_name;
     bool token = false;  // `record` is a token record

@@ -23,10 +23,17 @@ namespace {
 constexpr int LISTING_TIMEOUT_S = 8;
 constexpr std::size_t WALK_THREADS = 4;
 
-// The token outpoints of each address as it last answered, by scope key and address. An address that does not
-// answer this time has not lost its tokens.
-std::mutex last_listings_mutex;
-std::map<std::string, std::map<std::string, TextSet>> last_listings;
+// The token outpoints of each address as it last answered, by scope key and address: an address that does not
+// answer this time has not lost its tokens. Never destroyed, since a worker may still run when the process
+// ends.
+struct LastListings {
+    std::mutex mutex;
+    std::map<std::string, std::map<std::string, TextSet>> by_scope;
+};
+LastListings& last_listings() {
+    static auto& listings = *new LastListings;
+    return listings;
+}
 
 void ask_about(AddressSweep& address) {
     std::string error;
@@ -127,8 +134,9 @@ void ask_indexer(OrdinalSweep& sweep) {
 }
 
 void take_token_listings(OrdinalSweep& sweep) {
-    const std::lock_guard<std::mutex> hold(last_listings_mutex);
-    std::map<std::string, TextSet>& last = last_listings[sweep.scope_key];
+    LastListings& memory = last_listings();
+    const std::lock_guard<std::mutex> hold(memory.mutex);
+    std::map<std::string, TextSet>& last = memory.by_scope[sweep.scope_key];
     for (const AddressSweep& address : sweep.addresses) {
         if (address.bsv20_ok) {
             TextSet listed;

@@ -20,9 +20,16 @@ namespace {
 constexpr unsigned CLAIM_TIMEOUT_S = 25;
 constexpr int CLAIM_TRIES = 4;
 
-// The last claim that the host took. It outlives a session: the host remembers as well.
-std::mutex claim_memory_mutex;
-std::string last_claim_key;
+// The last claim that the host took. It outlives a session, since the host remembers as well, and it is never
+// destroyed, since a worker may still run when the process ends.
+struct ClaimMemory {
+    std::mutex mutex;
+    std::string last_key;
+};
+ClaimMemory& claim_memory() {
+    static auto& memory = *new ClaimMemory;
+    return memory;
+}
 
 bool has_bn_key(const PaymailClaim& claim) {
     return !claim.bn_pub.empty() && !claim.bn_address.empty();
@@ -140,13 +147,14 @@ void qv_clasp_claim_once(const std::string& paymail, const std::string& pubkey, 
                          const std::string& avatar, const std::string& ord_address) {
     if (paymail.empty() || pubkey.empty()) return;
     const std::string claim_key = paymail + "|" + address + "|" + ord_address + "|" + avatar + "|bn1";
+    ClaimMemory& memory = claim_memory();
     {
-        const std::lock_guard<std::mutex> hold(claim_memory_mutex);
-        if (claim_key == last_claim_key) return;
+        const std::lock_guard<std::mutex> hold(memory.mutex);
+        if (claim_key == memory.last_key) return;
     }
     if (!qv_clasp_claim_paymail(paymail, pubkey, address, avatar, ord_address).empty()) return;
-    const std::lock_guard<std::mutex> hold(claim_memory_mutex);
-    last_claim_key = claim_key;
+    const std::lock_guard<std::mutex> hold(memory.mutex);
+    memory.last_key = claim_key;
 }
 
 void qv_clasp_fetch_role() {

@@ -138,7 +138,7 @@ TEST(SweepSteps, WhatARowSaysOfItself) {
     const auto token = [](const std::string& op, const std::string& id, const std::string& name = "",
                           const std::string& sym = "") {
         RowContent content;
-        content.known = content.token = true;
+        content.token = true;
         content.type = "application/bsv-20";
         content.record = {op, id, "0040", sym, "3", "icon", name};
         return content;
