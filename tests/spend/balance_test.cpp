@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <limits>
+#include <map>
 
 #include "base/clock.h"
 #include "tests/support/fake_clock.h"
@@ -33,161 +35,117 @@ struct LoadedWallet {
         EXPECT_TRUE(qv_clasp_load());
     }
     ~LoadedWallet() { qv_clasp_wipe_session(); }
-
-    static void cache(const std::string& address, const std::vector<QvClaspUtxo>& coins, bool valid = true) {
-        qv_clasp_coin_records().coin_cache.push_back({address, coins, monotonic_ns(), valid});
-    }
-    static void pending(const sandbox::KeyPair& key, int number, std::int64_t sats) {
-        QvClaspPendingCoin coin;
-        coin.txid = txid_of(number);
-        coin.sats = sats;
-        coin.hash160 = key.hash160;
-        qv_clasp_coin_records().pending_coins.push_back(coin);
-    }
-    static void listed_as_ordinal(const std::string& address, int number) {
-        OutpointSet outpoints;
-        add_outpoint(outpoints, txid_of(number), 0);
-        qv_clasp_ord_store(address, outpoints, true);
-    }
-    static QvClaspUtxo coin(int number, std::int64_t sats) { return {txid_of(number), 0, sats}; }
 };
+
+QvClaspUtxo coin(int number, std::int64_t sats) {
+    return {txid_of(number), 0, sats};
+}
+
+// A cached read of an address of the receive chain, or a pending coin of it.
+struct CachedRead {
+    unsigned index;
+    std::vector<QvClaspUtxo> coins;
+    bool valid = true;
+};
+struct PendingCoin {
+    unsigned index;
+    int number;
+    std::int64_t sats;
+};
+
+void expect_balance(const std::string& what, std::int64_t balance, const std::vector<CachedRead>& reads,
+                    const std::vector<PendingCoin>& pending = {}, const std::function<void()>& arrange = {}) {
+    const LoadedWallet wallet;
+    QvClaspCoinRecords& records = qv_clasp_coin_records();
+    for (const CachedRead& read : reads) {
+        records.coin_cache.push_back({receive_address(read.index), read.coins, monotonic_ns(), read.valid});
+    }
+    for (const PendingCoin& row : pending) {
+        QvClaspPendingCoin& added = records.pending_coins.emplace_back();
+        added.txid = txid_of(row.number);
+        added.sats = row.sats;
+        added.hash160 = one_wallet_key("1'/0/" + std::to_string(row.index)).hash160;
+    }
+    if (arrange) arrange();
+    EXPECT_EQ(qv_clasp_balance_estimate(), balance) << what;
+}
+
+void list_as_ordinal(unsigned index, int number) {
+    OutpointSet outpoints;
+    add_outpoint(outpoints, txid_of(number), 0);
+    qv_clasp_ord_store(receive_address(index), outpoints, true);
+}
 
 }  // namespace
 
+// Index 0 is the current address; 1 to 3 are others of the wallet, 4 is not.
 TEST(BalanceEstimate, CountsEachSpendableCoinOnce) {
-    struct Case {
-        std::string what;
-        std::function<void(LoadedWallet&)> arrange;
-        std::int64_t balance;
-    };
-    using W = LoadedWallet;
-    const std::string current = receive_address(0);
-    const std::string other = receive_address(2);
-    const std::string identity = one_wallet_key("100'/0/0").address;
-    const sandbox::KeyPair current_key = one_wallet_key("1'/0/0");
-    const sandbox::KeyPair other_key = one_wallet_key("1'/0/2");
-    const std::vector<Case> cases = {
-        {"nothing known", [](W&) {}, -1},
-        {"an empty wallet that was read", [&](W&) { W::cache(current, {}); }, 0},
-        {"a failed read", [&](W&) { W::cache(current, {W::coin(1, 5000)}, false); }, -1},
-        {"small coins of the current address count",
-         [&](W&) {
-             W::cache(current, {W::coin(1, 5000), W::coin(2, 2)});
-         },
-         5002},
-        {"a coin of one satoshi may be an ordinal",
-         [&](W&) {
-             W::cache(current, {W::coin(1, 5000), W::coin(2, 1)});
-         },
-         5000},
-        {"a good read clears a coin of one satoshi",
-         [&](W&) {
-             W::listed_as_ordinal(current, 9);
-             W::cache(current, {W::coin(1, 1), W::coin(9, 7000)});
-         },
-         1},
-        {"spent coins are gone, in either byte order",
-         [&](W&) {
-             qv_clasp_mark_spent(txid_of(1), 0);
-             qv_clasp_mark_spent(qv_clasp_reversed_txid(txid_of(2)), 0);
-             W::cache(current, {W::coin(1, 5000), W::coin(2, 600), W::coin(3, 70)});
-         },
-         70},
-        {"a coin in two places and two byte orders",
-         [&](W&) {
-             W::cache(current, {W::coin(1, 5000), {qv_clasp_reversed_txid(txid_of(1)), 0, 5000}});
-             W::pending(current_key, 1, 5000);
-         },
-         5000},
-        {"pending change of the current address, of any size",
-         [&](W&) {
-             W::cache(current, {W::coin(1, 5000)});
-             W::pending(current_key, 2, 30);
-         },
-         5030},
-        {"pending change alone", [&](W&) { W::pending(current_key, 2, 30); }, 30},
-        {"other addresses count from a thousand on",
-         [&](W&) {
-             W::cache(current, {});
-             W::cache(other, {W::coin(1, 999), W::coin(2, 1000)});
-             W::cache(identity, {W::coin(3, 2000)});
-         },
-         3000},
-        {"another's address does not count",
-         [&](W&) { W::cache(current, {}), W::cache(receive_address(4), {W::coin(1, 5000)}); }, 0},
-        {"an invalid row of another address does not count",
-         [&](W&) { W::cache(current, {}), W::cache(other, {W::coin(1, 5000)}, false); }, 0},
-        {"pending change of other addresses from a thousand on",
-         [&](W&) {
-             W::cache(current, {});
-             W::pending(other_key, 1, 999);
-             W::pending(other_key, 2, 1000);
-         },
-         1000},
-        {"a pending ordinal does not count, at any age",
-         [&](W&) {
-             W::cache(current, {});
-             W::listed_as_ordinal(other, 1);
-             FakeClock::advance_seconds(60);
-             W::pending(current_key, 1, 6000);
-         },
-         0},
-        {"only another address was read", [&](W&) { W::cache(other, {W::coin(1, 5000)}); }, 5000},
-        {"sums beyond an amount stay at the largest",
-         [&](W&) {
-             W::cache(current, {W::coin(1, MOST - 1), W::coin(2, MOST - 1)});
-         },
-         MOST},
-    };
-    for (const Case& row : cases) {
-        LoadedWallet wallet;
-        row.arrange(wallet);
-        EXPECT_EQ(qv_clasp_balance_estimate(), row.balance) << row.what;
-    }
+    expect_balance("nothing known", -1, {});
+    expect_balance("an empty wallet that was read", 0, {{0, {}}});
+    expect_balance("a failed read", -1, {{0, {coin(1, 5000)}, false}});
+    expect_balance("small coins of the current address", 5002, {{0, {coin(1, 5000), coin(2, 2)}}});
+    expect_balance("one satoshi may be an ordinal", 5000, {{0, {coin(1, 5000), coin(2, 1)}}});
+    expect_balance("a good read clears one satoshi", 1, {{0, {coin(1, 1), coin(9, 7000)}}}, {},
+                   [] { list_as_ordinal(0, 9); });
+    expect_balance("spent coins, in either byte order", 70, {{0, {coin(1, 5000), coin(2, 600), coin(3, 70)}}},
+                   {}, [] {
+                       qv_clasp_mark_spent(txid_of(1), 0);
+                       qv_clasp_mark_spent(qv_clasp_reversed_txid(txid_of(2)), 0);
+                   });
+    expect_balance("one coin in two places and two byte orders", 5000,
+                   {{0, {coin(1, 5000), {qv_clasp_reversed_txid(txid_of(1)), 0, 5000}}}}, {{0, 1, 5000}});
+    expect_balance("sums beyond an amount", MOST, {{0, {coin(1, MOST - 1), coin(2, MOST - 1)}}});
+}
+
+TEST(BalanceEstimate, TellsTheCurrentAddressFromOthers) {
+    expect_balance("change of the current address, of any size", 5030, {{0, {coin(1, 5000)}}}, {{0, 2, 30}});
+    expect_balance("change alone", 30, {}, {{0, 2, 30}});
+    expect_balance("others from a thousand on", 1000, {{0, {}}, {2, {coin(1, 999), coin(2, 1000)}}});
+    expect_balance("change of others from a thousand on", 1000, {{0, {}}}, {{2, 1, 999}, {2, 2, 1000}});
+    expect_balance("another's address", 0, {{0, {}}, {4, {coin(1, 5000)}}});
+    expect_balance("an invalid read of another", 0, {{0, {}}, {2, {coin(1, 5000)}, false}});
+    expect_balance("only another was read", 5000, {{2, {coin(1, 5000)}}});
+    expect_balance("a pending ordinal, at any age", 0, {{0, {}}}, {{0, 1, 6000}}, [] {
+        list_as_ordinal(2, 1);
+        FakeClock::advance_seconds(60);
+    });
 }
 
 TEST(NoteSpend, ShowsAFigureThatDoesNotJump) {
-    struct Case {
-        std::string what;
-        std::int64_t cached;
-        std::int64_t projected;
-        std::int64_t projected_age_s;
+    struct Figures {
         std::int64_t fresh;
         std::int64_t spent;
         std::int64_t shown;
-        std::int64_t projected_after;
+        std::int64_t projected;
     };
-    const std::vector<Case> cases = {
-        {"nothing fresh is known", 5'000'000, -1, 0, -1, 2'000'000, -1, -1},
-        {"nothing was known", -1, -1, 0, 7000, 2000, 7000, -1},
-        {"the fresh figure has not seen the payment", 5'000'000, -1, 0, 5'008'001, 2'000'000, 3'000'000,
-         3'000'000},
-        {"within the margin above", 5'000'000, -1, 0, 5'008'000, 2'000'000, 5'008'000, 3'000'000},
-        {"the fresh figure has seen it", 5'000'000, -1, 0, 3'000'000, 2'000'000, 3'000'000, 3'000'000},
-        {"within the margin below", 5'000'000, -1, 0, 2'992'000, 2'000'000, 2'992'000, 3'000'000},
-        {"below the margin", 5'000'000, -1, 0, 2'991'999, 2'000'000, 3'000'000, 3'000'000},
-        {"more spent than was known", 1000, -1, 0, 9001, 5000, 0, 0},
-        {"a read that jumps back up", 3'000'000, 3'000'000, 44, 5'000'000, 0, 3'000'000, 3'000'000},
-        {"a read that is believed in time", 3'000'000, 3'000'000, 45, 5'000'000, 0, 5'000'000, 3'000'000},
-        {"a read just within the jump", 3'000'000, 3'000'000, 1, 4'000'000, 0, 4'000'000, 3'000'000},
-        {"no projection", 3'000'000, -1, 0, 5'000'000, 0, 5'000'000, -1},
-        {"figures near the largest", MOST, -1, 0, MOST, 1, MOST, MOST - 1},
-        {"a projection near the largest", MOST, MOST, 1, MOST, 0, MOST, MOST},
-    };
-    for (const Case& row : cases) {
+    const auto expect = [](const std::string& what, std::int64_t cached, std::int64_t projected, int age_s,
+                           const Figures& figures) {
         LoadedWallet wallet;
         QvClaspSession& session = qv_clasp_session();
-        session.cached_balance = row.cached;
-        session.projected_balance = row.projected;
+        session.cached_balance = cached;
+        session.projected_balance = projected;
         session.projected_at_ns = monotonic_ns();
-        FakeClock::advance_seconds(row.projected_age_s);
-        EXPECT_EQ(qv_clasp_note_spend(row.fresh, row.spent), row.shown) << row.what;
-        EXPECT_EQ(session.projected_balance, row.projected_after) << row.what;
-        EXPECT_EQ(session.cached_balance, row.fresh < 0 ? row.cached : row.shown) << row.what;
-        if (row.fresh >= 0) {
-            EXPECT_EQ(wallet.home.read_json(FACE)["sats"], row.shown) << row.what;
-        }
-    }
+        FakeClock::advance_seconds(age_s);
+        EXPECT_EQ(qv_clasp_note_spend(figures.fresh, figures.spent), figures.shown) << what;
+        EXPECT_EQ(session.projected_balance, figures.projected) << what;
+        EXPECT_EQ(session.cached_balance, figures.fresh < 0 ? cached : figures.shown) << what;
+        EXPECT_EQ(wallet.home.exists(FACE), figures.fresh >= 0) << what;
+        EXPECT_EQ(json_int(wallet.home.read_json(FACE), "sats", -1), figures.shown) << what;
+    };
+    const std::int64_t M = 1'000'000;
+    expect("nothing fresh is known", 5 * M, -1, 0, {-1, 2 * M, -1, -1});
+    expect("nothing was known", -1, -1, 0, {7000, 2000, 7000, -1});
+    expect("the read has not seen the payment", 5 * M, -1, 0, {5'008'001, 2 * M, 3 * M, 3 * M});
+    expect("within the margin above", 5 * M, -1, 0, {5'008'000, 2 * M, 5'008'000, 3 * M});
+    expect("within the margin below", 5 * M, -1, 0, {2'992'000, 2 * M, 2'992'000, 3 * M});
+    expect("below the margin", 5 * M, -1, 0, {2'991'999, 2 * M, 3 * M, 3 * M});
+    expect("more spent than was known", 1000, -1, 0, {9001, 5000, 0, 0});
+    expect("a read that jumps back up", 3 * M, 3 * M, 44, {5 * M, 0, 3 * M, 3 * M});
+    expect("believed after a while", 3 * M, 3 * M, 45, {5 * M, 0, 5 * M, 3 * M});
+    expect("just within the jump", 3 * M, 3 * M, 1, {4 * M, 0, 4 * M, 3 * M});
+    expect("no projection", 3 * M, -1, 0, {5 * M, 0, 5 * M, -1});
+    expect("the largest figures", MOST, -1, 0, {MOST, 1, MOST, MOST - 1});
+    expect("the largest projection", MOST, MOST, 1, {MOST, 0, MOST, MOST});
 }
 
 TEST(BalanceFace, IsOneLineAndServesTheFirstPaint) {
@@ -208,18 +166,19 @@ TEST(BalanceFace, IsOneLineAndServesTheFirstPaint) {
     EXPECT_EQ(qv_clasp_cached_balance(), 4321) << "from the file";
 
     const std::string own = receive_address(0);
-    const std::vector<std::pair<std::string, std::int64_t>> faces = {
-        {R"({"address":")" + own + R"(","sats":0})", 0},
-        {R"({"address":")" + own + R"(","sats":7,"more":[]})", 7},
-        {R"({"address":")" + receive_address(1) + R"(","sats":7})", -1},
-        {R"({"address":")" + own + R"(","sats":7.0})", -1},
-        {R"({"address":")" + own + R"(","sats":"7"})", -1},
-        {R"({"address":")" + own + R"(","sats":-5})", -1},
-        {R"({"address":")" + own + R"(","sats":18446744073709551615})", -1},
+    const std::string head = R"({"address":")" + own + R"(","sats":)";
+    const std::map<std::string, std::int64_t> faces = {
+        {head + "0}", 0},
+        {head + "7,\"more\":[]}", 7},
+        {head + "7.0}", -1},
+        {head + "\"7\"}", -1},
+        {head + "-5}", -1},
+        {head + "18446744073709551615}", -1},
+        {head, -1},
+        {"", -1},
+        {"[7]", -1},
         {R"({"sats":7})", -1},
-        {R"([7])", -1},
-        {"{", -1},
-        {"", -1}};
+        {R"({"address":")" + receive_address(1) + R"(","sats":7})", -1}};
     for (const auto& [content, sats] : faces) {
         home.write(FACE, content);
         EXPECT_EQ(qv_clasp_cached_balance(), sats) << content;

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <ostream>
+#include <map>
 
 #include "base/hex.h"
 #include "base/text.h"
@@ -50,252 +50,118 @@ struct ReadyPayment {
     }
 };
 
-struct Path {
-    std::string what;
-    std::vector<Turn> home;
-    std::vector<Turn> woc;
-    std::vector<Turn> arc;
-    int misses = 0;
-    std::string result;  // "success" stands for the success text
-    std::size_t home_posts = 1;
-    std::size_t woc_posts = 0;
-    std::size_t arc_posts = 0;
-    std::size_t probes = 0;
+const Turn SILENT = hangs_up();
+const Turn BUSY = refuses("", 429);
+const Turn PAGE = refuses("<html>", 500);
+const Turn HOME_TAKES = takes(R"({"ok":true})");
+const Turn WOC_TAKES = takes("\"TXID\"\n");
+const Turn WOC_FORGETS = refuses("\"TXID\"", 200);
+const Turn ARC_TAKES = takes(R"({"txid":"TXID","txStatus":"SEEN_ON_NETWORK","extraInfo":""})");
+const Turn ARC_FORGETS = refuses(R"({"txStatus":"SEEN_ON_NETWORK"})", 200);
+
+// Posts to the chain service and to ARC, and looks at the transaction; home is always asked once.
+struct Requests {
+    std::size_t woc;
+    std::size_t arc;
+    std::size_t probes;
 };
 
-void PrintTo(const Path& path, std::ostream* out) {
-    *out << path.what;
-}
-
-const Turn SILENT = hangs_up();
-const Turn HOME_REFUSES = refuses(R"({"ok":false})", 200);
-const Turn WOC_TAKES = takes("\"TXID\"\n");
-const Turn ARC_SEEN = takes(R"({"txid":"TXID","txStatus":"SEEN_ON_NETWORK","extraInfo":""})");
-const std::string BUSY = "HTTP 429 – WhatsOnChain is rate-limiting. Wait a few seconds and try again.";
-const std::string NOT_TAKEN = "error: the network did not take that transaction. Nothing was sent.";
-
-std::vector<Path> paths() {
-    return {
-        {"home takes it", {takes(R"({"ok":true})")}, {SILENT}, {SILENT}, 0, "success", 1, 0, 0, 1},
-        {"home says nothing about ok",
-         {takes(R"({"status":"queued"})")},
-         {SILENT},
-         {SILENT},
-         0,
-         "success",
-         1,
-         0,
-         0,
-         1},
-        {"home's ok is no boolean", {takes(R"({"ok":0})")}, {SILENT}, {SILENT}, 0, "success", 1, 0, 0, 1},
-        {"home answers no JSON", {takes("fine")}, {SILENT}, {SILENT}, 0, "success", 1, 0, 0, 1},
-        {"home takes it and it shows late", {takes("{}")}, {SILENT}, {SILENT}, 7, "success", 1, 0, 0, 8},
-        {"home takes it and it shows too late",
-         {takes("{}")},
-         {WOC_TAKES},
-         {SILENT},
-         8,
-         "success",
-         1,
-         1,
-         0,
-         9},
-        {"home lies", {refuses(R"({"ok":true})", 200)}, {WOC_TAKES}, {SILENT}, 0, "success", 1, 1, 0, 9},
-        {"home refuses", {HOME_REFUSES}, {WOC_TAKES}, {SILENT}, 0, "success", 1, 1, 0, 1},
-        {"home is down", {SILENT}, {WOC_TAKES}, {SILENT}, 0, "success", 1, 1, 0, 1},
-        {"home is busy", {refuses("", 429)}, {WOC_TAKES}, {SILENT}, 0, "success", 1, 1, 0, 1},
-        {"a bare txid", {SILENT}, {takes("TXID")}, {SILENT}, 0, "success", 1, 1, 0, 1},
-        {"a txid in an object", {SILENT}, {takes(R"({"txid":"TXID"})")}, {SILENT}, 0, "success", 1, 1, 0, 1},
-        {"quotes, blanks, line ends",
-         {SILENT},
-         {takes(" \"TXID\" \r\n")},
-         {SILENT},
-         0,
-         "success",
-         1,
-         1,
-         0,
-         1},
-        {"an answer without an id", {SILENT}, {takes("accepted")}, {SILENT}, 0, "success", 1, 1, 0, 1},
-        {"64 characters that are no id",
-         {SILENT},
-         {takes(std::string(64, 'z'))},
-         {SILENT},
-         0,
-         "success",
-         1,
-         1,
-         0,
-         1},
-        {"woc is busy once", {SILENT}, {refuses("", 429), WOC_TAKES}, {SILENT}, 0, "success", 1, 2, 0, 1},
-        {"woc is busy twice, ARC takes it",
-         {SILENT},
-         {refuses("", 429)},
-         {ARC_SEEN},
-         0,
-         "success",
-         1,
-         2,
-         1,
-         1},
-        {"woc refuses a transaction it has",
-         {SILENT},
-         {takes("unexpected response code 500: 257: txn-already-known", 400)},
-         {SILENT},
-         0,
-         "success",
-         1,
-         1,
-         0,
-         1},
-        {"woc has it already",
-         {SILENT},
-         {takes("I already have it", 400)},
-         {SILENT},
-         0,
-         "success",
-         1,
-         1,
-         0,
-         1},
-        {"a longer word that holds the sign",
-         {SILENT},
-         {takes("xmempool-conflicts", 400)},
-         {SILENT},
-         0,
-         "success",
-         1,
-         1,
-         0,
-         1},
-        {"a conflict with another, ARC agrees",
-         {SILENT},
-         {refuses("txn-mempool-conflict")},
-         {refuses(R"({"txStatus":"DOUBLE_SPEND_ATTEMPTED","extraInfo":"competing"})", 200)},
-         0,
-         "error: broadcast failed: DOUBLE_SPEND_ATTEMPTED: competing",
-         1,
-         1,
-         1,
-         8},
-        {"woc has an HTML page, ARC has it",
-         {SILENT},
-         {refuses("<html>", 500)},
-         {ARC_SEEN},
-         0,
-         "success",
-         1,
-         1,
-         1,
-         1},
-        {"woc is down, ARC has it", {SILENT}, {SILENT}, {ARC_SEEN}, 0, "success", 1, 1, 1, 1},
-        {"ARC takes it and it never shows",
-         {SILENT},
-         {refuses("<html>", 500)},
-         {ARC_SEEN},
-         -1,
-         "error: broadcast failed: HTTP 500",
-         1,
-         1,
-         1,
-         8},
-        {"woc forgets it, ARC has it",
-         {SILENT},
-         {refuses("\"TXID\"", 200)},
-         {ARC_SEEN},
-         0,
-         "success",
-         1,
-         1,
-         1,
-         9},
-        {"woc and ARC forget it",
-         {SILENT},
-         {refuses("\"TXID\"", 200)},
-         {refuses(R"({"txStatus":"SEEN_ON_NETWORK"})", 200)},
-         0,
-         NOT_TAKEN,
-         1,
-         1,
-         1,
-         16},
-        {"woc forgets it, ARC refuses",
-         {SILENT},
-         {refuses("\"TXID\"", 200)},
-         {refuses(R"({"txStatus":"REJECTED","extraInfo":"REJECTED"})", 200)},
-         0,
-         "error: broadcast failed: REJECTED",
-         1,
-         1,
-         1,
-         8},
-        {"both refuse",
-         {HOME_REFUSES},
-         {refuses("64: dust\n")},
-         {refuses("fees too low", 465)},
-         0,
-         "error: broadcast failed: HTTP 465 – fees too low",
-         1,
-         1,
-         1,
-         0},
-        {"ARC is busy",
-         {SILENT},
-         {refuses("64: dust\n")},
-         {refuses("", 429)},
-         0,
-         "error: broadcast failed: " + BUSY,
-         1,
-         1,
-         2,
-         0},
-    };
-}
-
-}  // namespace
-
-class BroadcastPaths : public testing::TestWithParam<Path> {};
-
-TEST_P(BroadcastPaths, EndsAsToldWithTheRequestsTold) {
-    const Path& path = GetParam();
+// "success" as the result stands for the success text; the first looks miss.
+void expect_path(const std::string& what, const Turn& home, const std::vector<Turn>& woc, const Turn& arc,
+                 int misses, const std::string& result, const Requests& requests) {
+    SCOPED_TRACE(what);
     ReadyPayment payment;
     PlayNetwork& net = payment.net;
-    net.home_does(path.home);
-    net.woc_does(path.woc);
-    net.arc_does(path.arc);
-    net.misses = path.misses;
-
-    const std::string result = payment.broadcast();
-
-    const bool success = path.result == "success";
+    net.home_does({home});
+    net.woc_does(woc);
+    net.arc_does({arc});
+    net.misses = misses;
+    const bool success = result == "success";
+    EXPECT_EQ(payment.broadcast(), success ? "success: " + payment.expected : result);
     EXPECT_EQ(payment.txid, payment.expected);
-    EXPECT_EQ(result, success ? "success: " + payment.expected : path.result);
-    EXPECT_EQ(net.posts("/oi/submit"), path.home_posts);
-    EXPECT_EQ(net.posts("/woc/tx/raw"), path.woc_posts);
-    EXPECT_EQ(net.posts("/arc/tx"), path.arc_posts);
-    EXPECT_EQ(net.probes(), path.probes);
-
+    EXPECT_EQ(net.posts("/oi/submit"), 1U);
+    EXPECT_EQ(net.posts("/woc/tx/raw"), requests.woc);
+    EXPECT_EQ(net.posts("/arc/tx"), requests.arc);
+    EXPECT_EQ(net.probes(), requests.probes);
     const WalletLock lock = qv_clasp_lock_wallet();
-    const QvClaspCoinRecords& records = qv_clasp_coin_records();
-    EXPECT_EQ(records.last_broadcast_txid, success ? payment.expected : "");
+    EXPECT_EQ(qv_clasp_coin_records().last_broadcast_txid, success ? payment.expected : "");
     EXPECT_EQ(qv_clasp_is_spent(payment.coins[0].txid, payment.coins[0].vout), success);
     EXPECT_EQ(qv_clasp_is_pending(payment.expected, 1), success);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, BroadcastPaths, testing::ValuesIn(paths()), [](const auto& row) {
-    std::string name;
-    for (const char c : row.param.what) name += is_ascii_alnum(c) ? c : '_';
-    return name;
-});
+void expect_success(const std::string& what, const Turn& home, const std::vector<Turn>& woc, const Turn& arc,
+                    const Requests& requests, int misses = 0) {
+    expect_path(what, home, woc, arc, misses, "success", requests);
+}
+
+void expect_failure(const std::string& what, const std::vector<Turn>& woc, const Turn& arc,
+                    const std::string& result, const Requests& requests, int misses = 0) {
+    expect_path(what, SILENT, woc, arc, misses, result, requests);
+}
+
+}  // namespace
+
+TEST(Broadcast, IsDoneWhenHomeTookItAndItShows) {
+    for (const Turn& home :
+         {HOME_TAKES, takes(R"({"status":"queued"})"), takes(R"({"ok":0})"), takes("fine"), takes("")}) {
+        expect_success(home.answer.body, home, {SILENT}, SILENT, {0, 0, 1});
+    }
+    expect_success("it shows late", HOME_TAKES, {SILENT}, SILENT, {0, 0, 8}, 7);
+    expect_success("it shows too late", HOME_TAKES, {WOC_TAKES}, SILENT, {1, 0, 9}, 8);
+    expect_success("home lies", refuses(R"({"ok":true})", 200), {WOC_TAKES}, SILENT, {1, 0, 9});
+}
+
+TEST(Broadcast, GoesOnToTheChainServiceAtOnceWhereHomeFails) {
+    for (const Turn& home : {SILENT, BUSY, PAGE, refuses(R"({"ok":false})", 200)}) {
+        expect_success("home: " + home.answer.body, home, {WOC_TAKES}, SILENT, {1, 0, 1});
+    }
+}
+
+TEST(Broadcast, TakesTheIdFromTheAnswerOrItsOwn) {
+    for (const std::string answer :
+         {"TXID", "\"TXID\"", R"({"txid":"TXID"})", " \"TXID\" \r\n", "accepted", "[]", ""}) {
+        expect_success(answer, SILENT, {takes(answer)}, SILENT, {1, 0, 1});
+    }
+    expect_success("64 characters that are no id", SILENT, {takes(std::string(64, 'z'))}, SILENT, {1, 0, 1});
+}
+
+TEST(Broadcast, ARefusalOfAKnownTransactionIsLookedInto) {
+    for (const std::string answer : {"unexpected response code 500: 257: txn-already-known",
+                                     "I already have it", "xmempool-conflicts"}) {
+        expect_success(answer, SILENT, {takes(answer, 400)}, SILENT, {1, 0, 1});
+    }
+    expect_failure("a conflict with another", {refuses("txn-mempool-conflict")},
+                   refuses(R"({"txStatus":"DOUBLE_SPEND_ATTEMPTED","extraInfo":"other"})", 200),
+                   "error: broadcast failed: DOUBLE_SPEND_ATTEMPTED: other", {1, 1, 8});
+}
+
+TEST(Broadcast, FallsBackOnArc) {
+    expect_success("busy once", SILENT, {BUSY, WOC_TAKES}, SILENT, {2, 0, 1});
+    expect_success("busy twice", SILENT, {BUSY}, ARC_TAKES, {2, 1, 1});
+    expect_success("an HTML page", SILENT, {PAGE}, ARC_TAKES, {1, 1, 1});
+    expect_success("down", SILENT, {SILENT}, ARC_TAKES, {1, 1, 1});
+    expect_success("forgotten", SILENT, {WOC_FORGETS}, ARC_TAKES, {1, 1, 9});
+}
+
+TEST(Broadcast, TellsWhyNothingWasSent) {
+    const std::string failed = "error: broadcast failed: ";
+    expect_failure("ARC took it and it never shows", {PAGE}, ARC_TAKES, failed + "HTTP 500", {1, 1, 8}, -1);
+    expect_failure("both forget it", {WOC_FORGETS}, ARC_FORGETS,
+                   "error: the network did not take that transaction. Nothing was sent.", {1, 1, 16});
+    expect_failure("forgotten and refused", {WOC_FORGETS}, refuses(R"({"txStatus":"REJECTED"})", 200),
+                   failed + "REJECTED", {1, 1, 8});
+    expect_failure("both refuse", {refuses("64: dust\n")}, refuses("fees too low", 465),
+                   failed + "HTTP 465 – fees too low", {1, 1, 0});
+    expect_failure("ARC is busy", {refuses("64: dust\n")}, BUSY,
+                   failed + "HTTP 429 – WhatsOnChain is rate-limiting. Wait a few seconds and try again.",
+                   {1, 2, 0});
+}
 
 TEST(Broadcast, WaitsBetweenProbesAndNotAfterTheLast) {
     ReadyPayment payment;
-    payment.net.home_does({takes("{}")});
-    payment.net.woc_does({SILENT});
-    payment.net.arc_does({SILENT});
     payment.net.misses = -1;
     payment.broadcast();
-    EXPECT_EQ(FakeClock::sleeps(), std::vector<std::int64_t>(7, 700));
+    EXPECT_EQ(FakeClock::sleeps(), std::vector<std::int64_t>(3 * 7, 700));
 }
 
 TEST(Broadcast, HandsTheSameTransactionToEachTarget) {
@@ -327,47 +193,40 @@ TEST(Broadcast, ACoinWithoutATxidIsNotSent) {
 }
 
 TEST(ArcVerdict, FollowsTheStatusTable) {
-    struct Case {
-        std::string body;
-        std::string txid;
-        bool accepted;
-        std::string error;
-    };
-    std::vector<Case> cases = {
-        {R"({"txStatus":"MINED","extraInfo":"some text"})", TXID, true, ""},
-        {R"({"txStatus":"ANNOUNCED_TO_NETWORK","extraInfo":"Missing inputs"})", TXID, false,
-         "Missing inputs"},
-        {R"({"txStatus":"MINED","extraInfo":"missingorspent"})", TXID, false, "missingorspent"},
-        {R"({"txStatus":"MINED","extraInfo":"MISSING INPUTS"})", TXID, true, ""},
-        {R"({"txStatus":"REJECTED"})", TXID, false, "REJECTED"},
-        {R"({"txStatus":"REJECTED","extraInfo":"REJECTED"})", TXID, false, "REJECTED"},
-        {R"({"txStatus":"REJECTED","extraInfo":"Missing inputs"})", TXID, false, "REJECTED: Missing inputs"},
-        {R"({"txStatus":"SEEN_IN_ORPHAN_MEMPOOL","extraInfo":"x"})", "", false, "SEEN_IN_ORPHAN_MEMPOOL: x"},
-        {R"({"txStatus":"QUEUED","extraInfo":"later"})", TXID, false, "later"},
-        {R"({"txStatus":"QUEUED"})", TXID, false, "QUEUED"},
-        {R"({"txStatus":"mined"})", TXID, false, "mined"},
-        {R"({"txStatus":7,"extraInfo":null})", TXID, false, "broadcast did not confirm"},
-        {"{}", TXID, false, "broadcast did not confirm"},
-        {"[]", TXID, false, "broadcast did not confirm"},
-        {"null", TXID, false, "broadcast did not confirm"},
-        {R"({"txStatus":"MINED"})", "", false, "arc did not return a txid"},
-        {R"({"txStatus":"MINED","txid":"short"})", "", false, "arc did not return a txid"},
-        {R"({"txStatus":"MINED","txid":"short"})", TXID, true, ""},
-        {R"({"txStatus":"MINED","txid":")" + TXID + "\"}", "", true, ""},
-        {"", TXID, false, "bad arc response"},
-        {"<html>bad gateway</html>", TXID, false, "<html>bad gateway</html>"},
-        {R"({"txStatus":"MINED")", TXID, false, R"({"txStatus":"MINED")"},
+    const auto verdict = [](const std::string& body, const std::string& txid = TXID) {
+        std::string error = "left over";
+        return arc_verdict(body, txid, error) ? "accepted" + error : error;
     };
     for (const std::string status :
          {"RECEIVED", "STORED", "ANNOUNCED_TO_NETWORK", "REQUESTED_BY_NETWORK", "SENT_TO_NETWORK",
           "ACCEPTED_BY_NETWORK", "SEEN_ON_NETWORK", "MINED", "CONFIRMED"}) {
-        cases.push_back({R"({"txStatus":")" + status + "\"}", TXID, true, ""});
+        EXPECT_EQ(verdict(R"({"txStatus":")" + status + R"(","extraInfo":"some text"})"), "accepted");
+        EXPECT_EQ(verdict(R"({"txStatus":")" + status + R"(","extraInfo":"Missing inputs"})"),
+                  "Missing inputs");
     }
-    for (const Case& row : cases) {
-        std::string error = "left over";
-        EXPECT_EQ(arc_verdict(row.body, row.txid, error), row.accepted) << row.body;
-        EXPECT_EQ(error, row.error) << row.body;
+    for (const std::string status : {"REJECTED", "DOUBLE_SPEND_ATTEMPTED", "SEEN_IN_ORPHAN_MEMPOOL"}) {
+        const std::string head = R"({"txStatus":")" + status + "\"";
+        EXPECT_EQ(verdict(head + "}"), status);
+        EXPECT_EQ(verdict(head + R"(,"extraInfo":")" + status + "\"}"), status);
+        EXPECT_EQ(verdict(head + R"(,"extraInfo":"Missing inputs"})", ""), status + ": Missing inputs");
     }
+    const std::map<std::string, std::string> others = {
+        {R"({"txStatus":"MINED","extraInfo":"missingorspent"})", "missingorspent"},
+        {R"({"txStatus":"MINED","extraInfo":"MISSING INPUTS"})", "accepted"},
+        {R"({"txStatus":"QUEUED","extraInfo":"later"})", "later"},
+        {R"({"txStatus":"QUEUED"})", "QUEUED"},
+        {R"({"txStatus":"mined"})", "mined"},
+        {R"({"txStatus":7,"extraInfo":null})", "broadcast did not confirm"},
+        {"{}", "broadcast did not confirm"},
+        {"[]", "broadcast did not confirm"},
+        {"null", "broadcast did not confirm"},
+        {"", "bad arc response"},
+        {"<html>", "<html>"},
+        {R"({"txStatus":"MINED")", R"({"txStatus":"MINED")"},
+        {R"({"txStatus":"MINED","txid":"short"})", "accepted"}};
+    for (const auto& [body, result] : others) EXPECT_EQ(verdict(body), result) << body;
+    EXPECT_EQ(verdict(R"({"txStatus":"MINED","txid":"short"})", ""), "arc did not return a txid");
+    EXPECT_EQ(verdict(R"({"txStatus":"MINED","txid":")" + TXID + "\"}", ""), "accepted");
 }
 
 // Answers that other people have written down: none is taken for acceptance but those whose status says so.
