@@ -5,14 +5,18 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <set>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include "base/text.h"
 
 namespace sandbox {
 
@@ -85,6 +89,8 @@ class Connection final : public httplib::Stream {
             if (got <= 0) return got;
             filled_ = static_cast<std::size_t>(got);
             next_ = 0;
+            if (!begun_) allow_missing_length();
+            begun_ = true;
         }
         const std::size_t count = std::min(size, filled_ - next_);
         std::copy_n(buffer_.data() + next_, count, bytes);
@@ -118,6 +124,21 @@ class Connection final : public httplib::Stream {
         port = 0;
     }
 
+    // A POST without a body and without a length is what people type by hand; the library refuses it.
+    void allow_missing_length() {
+        const std::string_view head(buffer_.data(), filled_);
+        const std::string_view no_body = "Content-Length: 0\r\n";
+        const bool whole = head.size() > 4 && head.substr(head.size() - 4) == "\r\n\r\n";
+        if (!whole || head.substr(0, 5) != "POST " || filled_ + no_body.size() > buffer_.size()) return;
+        const std::string lower = ascii_lower(head);
+        if (contains(lower, "\r\ncontent-length:") || contains(lower, "\r\ntransfer-encoding:")) return;
+        // Behind the last header line, before the line that ends them.
+        std::copy(no_body.begin(), no_body.end(), buffer_.begin() + static_cast<std::ptrdiff_t>(filled_ - 2));
+        filled_ += no_body.size() - 2;
+        buffer_[filled_++] = '\r';
+        buffer_[filled_++] = '\n';
+    }
+
     ssize_t receive() {
         if (ssl_ != nullptr) return SSL_read(ssl_, buffer_.data(), static_cast<int>(buffer_.size()));
         return ::recv(socket_, buffer_.data(), buffer_.size(), 0);
@@ -134,6 +155,7 @@ class Connection final : public httplib::Stream {
     std::array<char, 16384> buffer_{};
     std::size_t next_ = 0;
     std::size_t filled_ = 0;
+    bool begun_ = false;
     std::string waiting_;
 };
 
