@@ -18,8 +18,9 @@ struct Identity {
     std::string app_instance = ".";
 };
 
+// This one and the next are never destroyed: a detached worker may read them while the process ends.
 Identity& identity() {
-    static Identity the_identity;
+    static auto& the_identity = *new Identity;
     return the_identity;
 }
 
@@ -29,7 +30,7 @@ struct ActiveWallet {
 };
 
 ActiveWallet& active_wallet() {
-    static ActiveWallet the_wallet;
+    static auto& the_wallet = *new ActiveWallet;
     return the_wallet;
 }
 

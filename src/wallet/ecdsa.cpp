@@ -14,7 +14,6 @@ namespace {
 
 struct Free {
     void operator()(BIGNUM* number) const { BN_clear_free(number); }
-    void operator()(EC_GROUP* group) const { EC_GROUP_free(group); }
     void operator()(EC_POINT* point) const { EC_POINT_clear_free(point); }
     void operator()(EC_KEY* key) const { EC_KEY_free(key); }  // clears the private number
     void operator()(ECDSA_SIG* signature) const { ECDSA_SIG_free(signature); }
@@ -22,10 +21,11 @@ struct Free {
 template <typename T>
 using Owned = std::unique_ptr<T, Free>;
 
-// Read only after it is made, so all threads share it.
+// Read only after it is made, so all threads share it; never freed, since a worker may sign while the process
+// ends.
 const EC_GROUP* curve() {
-    static const Owned<EC_GROUP> group(EC_GROUP_new_by_curve_name(NID_secp256k1));
-    return group.get();
+    static const EC_GROUP* const group = EC_GROUP_new_by_curve_name(NID_secp256k1);
+    return group;
 }
 
 // The number of 32 bytes, or null if it is not below the order.

@@ -19,8 +19,9 @@ struct RegistryLockState {
     std::optional<FileLock> file;
 };
 
+// Never destroyed: a detached worker may hold the lock while the process ends.
 RegistryLockState& lock_state() {
-    static RegistryLockState the_state;
+    static auto& the_state = *new RegistryLockState;
     return the_state;
 }
 
