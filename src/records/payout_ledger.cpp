@@ -4,6 +4,7 @@
 
 #include "base/clock.h"
 #include "base/json_file.h"
+#include "records/ledger_file.h"
 #include "records/record_files.h"
 
 namespace {
@@ -33,16 +34,6 @@ PayoutEntry entry_from_json(const Json& row) {
     return entry;
 }
 
-Json ledger_for_appending(const std::string& path) {
-    Json ledger;
-    read_json_file(path, ledger);
-    if (!json_member(ledger, "entries").is_array()) {
-        ledger = Json::object();
-        ledger["entries"] = Json::array();
-    }
-    return ledger;
-}
-
 bool is_payout_on(const PayoutEntry& entry, const std::string& token_id) {
     return entry.kind != APP_FEE_KIND && entry.token_id == token_id;
 }
@@ -52,17 +43,14 @@ bool is_payout_on(const PayoutEntry& entry, const std::string& token_id) {
 void append_payout(const std::string& token_id, const std::string& txid, std::int64_t sats,
                    const std::string& dest, const std::string& name, const std::string& token_name,
                    const std::string& kind) {
-    const std::string path = ledger_file_path();
-    Json ledger = ledger_for_appending(path);
-    ledger["entries"].push_back({{"token_id", token_id},
-                                 {"token_name", token_name},
-                                 {"txid", txid},
-                                 {"sats", sats},
-                                 {"dest", dest},
-                                 {"name", name},
-                                 {"kind", kind.empty() ? PAYOUT_KIND : kind},
-                                 {"unix", unix_seconds()}});
-    write_text_file(path, dump_json(ledger, 2));
+    append_ledger_row(ledger_file_path(), {{"token_id", token_id},
+                                           {"token_name", token_name},
+                                           {"txid", txid},
+                                           {"sats", sats},
+                                           {"dest", dest},
+                                           {"name", name},
+                                           {"kind", kind.empty() ? PAYOUT_KIND : kind},
+                                           {"unix", unix_seconds()}});
 }
 
 std::vector<PayoutEntry> read_payout_entries() {

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <functional>
+
 #include "records/record_files.h"
 #include "tests/support/fake_clock.h"
 #include "tests/support/test_home.h"
@@ -51,18 +54,6 @@ TEST_F(PayoutLedger, AnEntryHasTheFormOfTheFile) {
                   "}");
 }
 
-TEST_F(PayoutLedger, AppendsBehindWhatIsThere) {
-    write_ledger(
-        R"({"entries": [{"token_id": "tok_0", "sats": 5, "dest": "1a", "strange": [1, {}]}, 7], "more": true})");
-    append_payout("tok_0", "", 6, "1b", "b", "", "payout");
-    const Json document = home.read_json("/bursaria/w1_paid.json");
-    ASSERT_EQ(json_member(document, "entries").size(), 3U);
-    EXPECT_EQ(document["entries"][0]["strange"].dump(), "[1,{}]");
-    EXPECT_EQ(document["entries"][1].dump(), "7");
-    EXPECT_TRUE(json_bool(document, "more"));
-    EXPECT_EQ(paid_total("tok_0"), 11);
-}
-
 TEST_F(PayoutLedger, WhatIsNoLedgerReadsAsEmptyAndIsReplacedByTheFirstAppend) {
     const std::pair<const char*, std::string> cases[] = {
         {"an array", "[{\"sats\": 5}]"},
@@ -104,19 +95,6 @@ TEST_F(PayoutLedger, TotalsKeepFeesAndTokensApart) {
     EXPECT_EQ(received_by("tok_0", ""), 0);
 }
 
-TEST_F(PayoutLedger, OneReadGivesTheSameFiguresAsOneReadForEach) {
-    for (int i = 0; i < 60; ++i) {
-        append_payout("tok_" + std::to_string(i % 3), "", i + 1, i % 5 ? "1d" + std::to_string(i % 5) : "",
-                      "x", "", i % 7 ? "payout" : "app_fee");
-    }
-    for (const std::string token : {"tok_0", "tok_1", "tok_2", "tok_9", ""}) {
-        const TokenPayouts payouts = read_token_payouts(token);
-        EXPECT_EQ(payouts.paid_total, paid_total(token));
-        for (const std::string dest : {"1d1", "1d2", "1d3", "1d4", "1d9", ""})
-            EXPECT_EQ(payouts.received(dest), received_by(token, dest)) << token << " " << dest;
-    }
-}
-
 TEST_F(PayoutLedger, FieldsOfAnotherTypeReadAsEmptyOrZero) {
     write_ledger(R"({"entries": [
         {"token_id": 5, "name": null, "dest": ["1a"], "txid": {}, "kind": false, "sats": "12", "unix": 1.5},
@@ -153,6 +131,57 @@ TEST_F(PayoutLedger, ANameCutInsideACharacterLosesNothingElse) {
     EXPECT_EQ(entries[0].token_name, "Wiesen-Glück");
     EXPECT_EQ(entries[1].name, "Zo\xef\xbf\xbd");
     EXPECT_EQ(paid_total("tok_0"), 60);
+}
+
+TEST_F(PayoutLedger, TheFileIsTheWholeDocumentAfterEachAppendWhateverHappensInBetween) {
+    const std::string path = home.root() + "/bursaria/w1_paid.json";
+
+    const std::pair<const char*, std::function<void()>> events[] = {
+        {"nothing", [] {}},
+        {"still nothing", [] {}},
+        {"another program appended",
+         [&] {
+             Json other = home.read_json("/bursaria/w1_paid.json");
+             other["entries"].push_back({{"sats", 1.5}, {"name", "other"}});
+             write_ledger(dump_json(other, 2));
+         }},
+        {"a key behind the entries",
+         [&] { write_ledger(R"({"a": -0.0, "entries": [], "more": {"x": [1]}})"); }},
+        {"it still stands there", [] {}},
+        {"entries alone, on one line", [&] { write_ledger(R"({"entries":[{"sats":1}]})"); }},
+        {"the file is gone", [&] { remove_file(path); }},
+        {"another wallet was paid from",
+         [] {
+             qv_clasp_set_active_wallet_id("w2");
+             append_payout("tok_0", "", 1, "1a", "a", "", "payout");
+             qv_clasp_set_active_wallet_id("w1");
+         }},
+        {"another row within one tick of the clock",
+         [&] {
+             const auto time = std::filesystem::last_write_time(path);
+             std::string text = ledger();
+             text.replace(text.rfind("1pay"), 4, "1ape");
+             write_ledger(text);
+             std::filesystem::last_write_time(path, time);
+         }},
+        {"a file of the same length that is none", [&] { write_ledger(std::string(ledger().size(), ' ')); }},
+        {"a cut file", [&] { write_ledger(ledger().substr(0, ledger().size() - 1)); }},
+    };
+    append_payout("tok_0", "", 5, "1pay", "a", "", "payout");
+    for (const auto& [name, event] : events) {
+        SCOPED_TRACE(name);
+        event();
+        Json expected;
+        parse_json(ledger(), expected);
+        append_payout("tok_0", "t", 7, "1pay", "\xff]}\"", "", "");
+        const std::string text = ledger();
+        const Json document = home.read_json("/bursaria/w1_paid.json");
+        ASSERT_TRUE(document.is_object());
+        if (!expected.is_object()) expected = Json::object({{"entries", Json::array()}});
+        expected["entries"].push_back(document["entries"].back());
+        EXPECT_EQ(text, dump_json(expected, 2));
+        EXPECT_EQ(json_int(document["entries"].back(), "sats"), 7);
+    }
 }
 
 TEST_F(PayoutLedger, EachWalletHasItsOwn) {

@@ -1,0 +1,13 @@
+// The file of the payout ledger: one JSON object whose `entries` only grow.
+//
+// A file that still is what this process wrote last is not parsed and written again: the new row goes in
+// front of its closing brackets, and the bytes are those of the whole document dumped anew. Anything else is
+// read, and written whole. Any thread; no failure is reported.
+#pragma once
+
+#include <string>
+
+#include "base/json_file.h"
+
+// Appends a row. A file that does not hold a ledger is replaced by a new one; a write that fails is dropped.
+void append_ledger_row(const std::string& path, const Json& row);
