@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -16,6 +17,11 @@ void parallel_for(std::size_t count, std::size_t threads, const std::function<vo
     };
     std::vector<std::thread> pool;
     pool.reserve(std::min(count, threads));
-    for (std::size_t i = 0; i < std::min(count, threads); ++i) pool.emplace_back(work);
+    try {
+        for (std::size_t i = 0; i < std::min(count, threads); ++i) pool.emplace_back(work);
+    } catch (const std::system_error&) {
+        // The system has no more threads to give: the jobs go to those that there are, and to this one.
+        work();
+    }
     for (std::thread& thread : pool) thread.join();
 }

@@ -14,23 +14,32 @@ constexpr int TX_TIMEOUT_S = 15;
 constexpr int SPENT_TIMEOUT_S = 15;
 constexpr int HISTORY_TIMEOUT_S = 25;
 
-std::mutex chain_mutex;
-std::unordered_map<std::string, std::shared_ptr<const Json>> transactions;
-std::unordered_map<std::string, SpendStatus> spend_statuses;
-std::unordered_map<std::string, std::string> spenders;
+// Never destroyed, since a worker may still run when the process ends.
+struct ChainCache {
+    std::mutex mutex;  // the chain lock
+    std::unordered_map<std::string, std::shared_ptr<const Json>> transactions;
+    std::unordered_map<std::string, SpendStatus> spend_statuses;
+    std::unordered_map<std::string, std::string> spenders;
+};
+ChainCache& chain_cache() {
+    static auto& cache = *new ChainCache;
+    return cache;
+}
 
 void keep_spend(const std::string& key, SpendStatus status, const std::string& spender) {
-    const std::lock_guard<std::mutex> hold(chain_mutex);
-    spend_statuses[key] = status;
-    if (!spender.empty()) spenders[key] = spender;
+    ChainCache& cache = chain_cache();
+    const std::lock_guard<std::mutex> hold(cache.mutex);
+    cache.spend_statuses[key] = status;
+    if (!spender.empty()) cache.spenders[key] = spender;
 }
 
 bool kept_spend(const std::string& key, SpendStatus& status, std::string& spender) {
-    const std::lock_guard<std::mutex> hold(chain_mutex);
-    const auto found = spend_statuses.find(key);
-    if (found == spend_statuses.end()) return false;
+    ChainCache& cache = chain_cache();
+    const std::lock_guard<std::mutex> hold(cache.mutex);
+    const auto found = cache.spend_statuses.find(key);
+    if (found == cache.spend_statuses.end()) return false;
     status = found->second;
-    if (status == SpendStatus::Spent) spender = spenders[key];
+    if (status == SpendStatus::Spent) spender = cache.spenders[key];
     return true;
 }
 
@@ -47,9 +56,10 @@ std::string spender_in(const std::string& body, const std::string& txid) {
 std::shared_ptr<const Json> qv_clasp_shared_tx(const std::string& txid) {
     if (!is_hex64(txid)) return nullptr;
     {
-        const std::lock_guard<std::mutex> hold(chain_mutex);
-        const auto found = transactions.find(txid);
-        if (found != transactions.end()) return found->second;
+        ChainCache& cache = chain_cache();
+        const std::lock_guard<std::mutex> hold(cache.mutex);
+        const auto found = cache.transactions.find(txid);
+        if (found != cache.transactions.end()) return found->second;
     }
     std::string body;
     std::string error;
@@ -59,8 +69,9 @@ std::shared_ptr<const Json> qv_clasp_shared_tx(const std::string& txid) {
         return nullptr;
     }
     auto tx = std::make_shared<const Json>(std::move(document));
-    const std::lock_guard<std::mutex> hold(chain_mutex);
-    transactions[txid] = tx;
+    ChainCache& cache = chain_cache();
+    const std::lock_guard<std::mutex> hold(cache.mutex);
+    cache.transactions[txid] = tx;
     return tx;
 }
 
@@ -100,9 +111,10 @@ SpendStatus qv_clasp_spend_status(const std::string& txid, std::uint32_t vout, s
 }
 
 void qv_clasp_clear_spend_cache() {
-    const std::lock_guard<std::mutex> hold(chain_mutex);
-    spend_statuses.clear();
-    spenders.clear();
+    ChainCache& cache = chain_cache();
+    const std::lock_guard<std::mutex> hold(cache.mutex);
+    cache.spend_statuses.clear();
+    cache.spenders.clear();
 }
 
 void qv_clasp_history_txids(const std::string& address, const std::string& path,

@@ -1,6 +1,7 @@
 #include "index/ordinal_inbox.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "base/decimal_text.h"
 #include "base/hex.h"
@@ -42,19 +43,29 @@ bool read_record(const Json& record, const std::string& address, LocalOrd& ord) 
     return true;
 }
 
+// The remembered ordinals, with the place of each origin's first row.
+struct OwnedList {
+    std::vector<LocalOrd>& rows;
+    std::unordered_map<std::string, std::size_t> places{};
+
+    explicit OwnedList(std::vector<LocalOrd>& owned) : rows(owned) {
+        for (std::size_t i = 0; i < rows.size(); ++i) places.emplace(rows[i].origin, i);
+    }
+};
+
 // True if the list changed.
-bool take_record(std::vector<LocalOrd>& owned, const LocalOrd& ord) {
-    const auto known = std::find_if(owned.begin(), owned.end(),
-                                    [&](const LocalOrd& row) { return row.origin == ord.origin; });
-    if (known == owned.end()) {
-        owned.push_back(ord);
+bool take_record(OwnedList& owned, const LocalOrd& ord) {
+    const auto [place, added] = owned.places.emplace(ord.origin, owned.rows.size());
+    if (added) {
+        owned.rows.push_back(ord);
         return true;
     }
-    if (known->hidden) return false;
+    LocalOrd& known = owned.rows[place->second];
+    if (known.hidden) return false;
     bool changed = false;
     for (std::string LocalOrd::*field : {&LocalOrd::type, &LocalOrd::name, &LocalOrd::icon, &LocalOrd::amt,
                                          &LocalOrd::token_id, &LocalOrd::address})
-        changed = fill_blank((*known).*field, ord.*field) || changed;
+        changed = fill_blank(known.*field, ord.*field) || changed;
     return changed;
 }
 
@@ -71,7 +82,7 @@ void make_up_body(const LocalOrd& ord) {
     qv_clasp_cache_put(ord.origin, ord.type.empty() ? TOKEN_TYPE : ord.type, Bytes(text.begin(), text.end()));
 }
 
-bool absorb_inbox_of(const std::string& address, std::vector<LocalOrd>& owned) {
+bool absorb_inbox_of(const std::string& address, OwnedList& owned) {
     const std::string path = inbox_path(address);
     Json records;
     if (path.empty() || !read_json_file(path, records) || !records.is_array()) return false;
@@ -95,8 +106,9 @@ Json inbox_record(const LocalOrd& ord) {
 
 void qv_clasp_absorb_ord_inbox() {
     bool changed = false;
-    for (const std::string& address : qv_clasp_own_addresses())
-        changed = absorb_inbox_of(address, qv_clasp_session().ord_owned) || changed;
+    const std::vector<std::string> addresses = qv_clasp_own_addresses();
+    OwnedList owned(qv_clasp_session().ord_owned);
+    for (const std::string& address : addresses) changed = absorb_inbox_of(address, owned) || changed;
     if (changed) qv_clasp_save();
 }
 

@@ -122,8 +122,6 @@ std::vector<RowContent> fetch_contents(const OrdinalSweep& sweep) {
 }
 
 bool fill_row(const OrdinalSweep& sweep, const RowContent& content, QvClaspOrdRow& row, LocalOrd* ord) {
-    // "local" stands for a type that nobody knew yet.
-    if (row.type == "local") take_newer(row.type, content.type);
     fill_blank(row.type, content.type);
     fill_name(content, row, ord);
     bool changed = content.token && fill_token(sweep, content.record, row, ord);

@@ -1,20 +1,13 @@
 #include "index/sweep_fold.h"
 
-#include <algorithm>
-
 #include "base/amounts.h"
 #include "base/decimal_text.h"
 #include "index/inscription.h"
 
 namespace {
 
-void add_once(std::vector<std::string>& texts, const std::string& text) {
-    if (std::find(texts.begin(), texts.end(), text) == texts.end()) texts.push_back(text);
-}
-
 void fold_into(QvClaspOrdRow& first, const QvClaspOrdRow& row) {
     if (!row.amt.empty()) first.amt = dec_add(first.amt, row.amt);
-    add_once(first.outpoints, outpoint_text(row.txid, row.vout));
     if (first.name.empty()) {
         first.named = row.named;
         first.needs_name = row.needs_name;
@@ -64,13 +57,17 @@ void drop_amountless(std::vector<QvClaspOrdRow>& rows) {
 void fold_tokens(std::vector<QvClaspOrdRow>& rows) {
     std::vector<QvClaspOrdRow> folded;
     std::unordered_map<std::string, std::size_t> places;
+    TextSet collected;  // token and output
     for (QvClaspOrdRow& row : rows) {
         row.outpoints = {outpoint_text(row.txid, row.vout)};
+        const bool new_output = collected.insert(row.token_id + " " + row.outpoints.front()).second;
         const auto [place, first_of_token] = places.emplace(row.token_id, folded.size());
         if (row.token_id.empty() || first_of_token) {
             folded.push_back(std::move(row));
         } else {
-            fold_into(folded[place->second], row);
+            QvClaspOrdRow& first = folded[place->second];
+            if (new_output) first.outpoints.push_back(row.outpoints.front());
+            fold_into(first, row);
         }
     }
     rows = std::move(folded);

@@ -101,12 +101,17 @@ std::string listed_origin(const Json& txo) {
     return parse_outpoint(origin, txid, vout) ? ascii_lower(outpoint_text(txid, vout)) : "";
 }
 
-// A row of the listing of all outputs; false for one that carries nothing, or has no place on the chain.
-bool read_listed_row(const Json& txo, const std::string& address, QvClaspOrdRow& row) {
+// Where a row of the listing of all outputs stands on the chain; false if it does not say so.
+bool read_listed_place(const Json& txo, QvClaspOrdRow& row) {
     row.txid = ascii_lower(json_text(txo, "txid"));
     const std::int64_t vout = json_int(txo, "vout", -1);
     if (!is_hex64(row.txid) || vout < 0 || vout > std::numeric_limits<std::uint32_t>::max()) return false;
     row.vout = static_cast<std::uint32_t>(vout);
+    return true;
+}
+
+// What stands there; false for an output that carries nothing, as far as the indexer knows.
+bool read_listed_row(const Json& txo, const std::string& address, QvClaspOrdRow& row) {
     const bool token = read_indexer_token(txo, row.token_id, row.amt, row.name, row.dec, row.icon);
     row.origin = listed_origin(txo);
     if (row.origin.empty() && token) row.origin = outpoint_text(row.txid, row.vout);
@@ -127,9 +132,11 @@ bool is_hidden(const OwnedByOrigin& owned, const std::string& origin) {
 }
 
 void tag_art(std::vector<QvClaspOrdRow>& rows) {
+    const std::unordered_map<std::string, std::string> tags = qv_clasp_art_tags();
     for (QvClaspOrdRow& row : rows) {
-        row.art_tag = qv_clasp_art_tag_get(outpoint_key_of(row));
-        if (row.art_tag.empty()) row.art_tag = qv_clasp_art_tag_get(row.origin);
+        auto tag = tags.find(outpoint_key_of(row));
+        if (tag == tags.end() || tag->second.empty()) tag = tags.find(qv_clasp_art_tag_key(row.origin));
+        if (tag != tags.end()) row.art_tag = tag->second;
     }
 }
 
@@ -164,9 +171,10 @@ void merge_listings(OrdinalSweep& sweep, std::vector<LocalOrd>& owned) {
         sweep.answered.insert(address.address);
         for (const Json& txo : listing) {
             QvClaspOrdRow row;
-            if (!read_listed_row(txo, address.address, row)) continue;
+            if (!read_listed_place(txo, row)) continue;
             sweep.listed.insert(outpoint_key_of(row));
-            if (!is_hidden(by_origin, row.origin)) rows.merge(row);
+            if (read_listed_row(txo, address.address, row) && !is_hidden(by_origin, row.origin))
+                rows.merge(row);
         }
     }
 }

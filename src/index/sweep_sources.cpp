@@ -181,6 +181,7 @@ std::vector<WalkStart> walk_starts(const std::vector<LocalOrd>& known) {
             begin_at(ord.origin, true);
         } else {
             for (const std::string& outpoint : outputs->second) begin_at(outpoint, false);
+            outputs->second.clear();  // begun, whatever else of this token is met
         }
     }
     return starts;

@@ -67,6 +67,15 @@ std::string qv_clasp_art_tag_get(const std::string& outpoint) {
     return json_text(read_tags(tags_path()), key);
 }
 
+std::unordered_map<std::string, std::string> qv_clasp_art_tags() {
+    std::unordered_map<std::string, std::string> tags;
+    const std::lock_guard lock(tags_mutex());
+    const Json document = read_tags(tags_path());
+    for (const auto& [key, tag] : document.items())
+        if (tag.is_string()) tags.emplace(key, tag.get_ref<const std::string&>());
+    return tags;
+}
+
 std::string qv_clasp_open_art_tag(std::string_view hex_blob) {
     Bytes blob = qv_clasp_hex_decode(hex_blob);
     if (blob.size() < NONCE_SIZE + GCM_TAG_SIZE || blob.size() > std::numeric_limits<int>::max()) return "";

@@ -176,11 +176,13 @@ TEST(OrdinalListing, JunkIsHiddenForGood) {
     SweepWorld world(
         Json::array({owned_row(out(1), {{"type", "application/bsv-20"}, {"name", "JUNK"}}),
                      owned_row(out(2), {{"type", "application/bsv-20"}, {"name", "A whole name"}}),
-                     owned_row(out(3), {{"type", "application/bsv-20"}, {"amt", "4"}})}));
-    const Swept swept = sweep();
-    EXPECT_EQ(swept.origins(), (Origins{out(2), out(3)}));
+                     owned_row(out(3), {{"type", "application/bsv-20"}, {"amt", "4"}}),
+                     owned_row(out(4), {{"created", true}})}));
+    world.cache_body(out(4), "application/bsv-20", sandbox::deploy_mint_body("MINT", "9", 0, "", ""));
+    EXPECT_EQ(sweep().origins(), (Origins{out(2), out(3), out(4)}))
+        << "what is named, has an amount, or is remembered without a type";
     EXPECT_EQ(world.owned()[0]["hidden"], true);
-    EXPECT_FALSE(world.owned()[1].contains("hidden") || world.owned()[2].contains("hidden"));
+    for (int i = 1; i <= 3; ++i) EXPECT_FALSE(world.owned()[i].contains("hidden")) << i;
 }
 
 TEST(OrdinalListing, ATokenThatTheIndexerDoesNotListIsAskedAboutOnTheChain) {
@@ -225,7 +227,7 @@ TEST(OrdinalListing, PicturesThatVanishFromAListing) {
     Json elsewhere = picture(6, false);
     elsewhere["address"] = person(1);
     SweepWorld world(Json::array({picture(1, false), picture(2, true), picture(3, true), picture(4, true),
-                                  picture(5, false), elsewhere}));
+                                  picture(5, false), elsewhere, picture(7, false)}));
     world.add_spend(3, 0, 9);
     world.server.on("GET", TokenWorld::spent_path(4, 0), "out of order", 500);
     world.outputs[world.address] = Json::array({{{"txid", tx_number(5)},
@@ -233,14 +235,15 @@ TEST(OrdinalListing, PicturesThatVanishFromAListing) {
                                                  {"satoshis", 1},
                                                  {"height", 800000},
                                                  {"origin", {{"outpoint", out(5)}}},
-                                                 {"data", {{"insc", {{"file", {{"type", "image/png"}}}}}}}}});
+                                                 {"data", {{"insc", {{"file", {{"type", "image/png"}}}}}}}},
+                                                {{"txid", tx_number(7)}, {"vout", 0}, {"origin", nullptr}}});
     const Swept swept = sweep();
-    EXPECT_EQ(swept.origins(), (Origins{out(5), out(2), out(6)}))
-        << "listed; made here and unspent; at an address that nobody asked about";
+    EXPECT_EQ(swept.origins(), (Origins{out(5), out(2), out(6), out(7)}))
+        << "listed; made here and unspent; at an address that nobody asked about; listed as a bare output";
     EXPECT_EQ(swept.rows[0].height, 800000);
     EXPECT_EQ(world.spend_checks(1, 0), 0U);
     world.indexer_up = false;
-    EXPECT_EQ(sweep().rows.size(), 6U) << "without a listing nothing goes";
+    EXPECT_EQ(sweep().rows.size(), 7U) << "without a listing nothing goes";
 }
 
 TEST(OrdinalListing, ATokenTakesThePictureOfItsName) {
@@ -288,7 +291,7 @@ TEST(OrdinalListing, MissingContentIsFetchedOnce) {
                                                           R"(","amt":"0012","sym":"EIGHT"})")});
     const Swept swept = sweep();
     ASSERT_EQ(swept.rows.size(), 1U);
-    EXPECT_EQ(swept.rows[0].type, "application/bsv-20") << "no longer unknown";
+    EXPECT_EQ(swept.rows[0].type, "local");
     EXPECT_EQ(swept.rows[0].amt + "/" + swept.rows[0].token_id + "/" + swept.rows[0].name,
               "12/" + out(8) + "/EIGHT");
     EXPECT_EQ(world.owned()[0]["amt"], "12");

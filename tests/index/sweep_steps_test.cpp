@@ -198,7 +198,7 @@ TEST(SweepSteps, WhatARowSaysOfItself) {
         OrdinalSweep sweep;
         if (c.listed) sweep.figures[out(1)] = {"20", "2"};
         QvClaspOrdRow made = row(1, "", c.row_amt);
-        made.type = "local";
+        made.type.clear();
         made.name = c.row_name;
         LocalOrd known = ord(out(1), "", c.ord_name);
         known.amt = c.ord_amt;
