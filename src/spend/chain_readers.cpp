@@ -175,10 +175,21 @@ void qv_clasp_drop_mempool_spends(const std::string& address, std::vector<QvClas
 }
 
 bool qv_clasp_tx_exists(const std::string& txid) {
-    std::string error;
+    bool answered = false;
+    return qv_clasp_tx_exists(txid, answered);
+}
+
+bool qv_clasp_tx_exists(const std::string& txid, bool& answered_out) {
+    answered_out = true;
     if (!is_hex64(txid)) return false;
-    return has_transaction_bytes(txid, EXISTS_TIMEOUT_S, error) ||
-           has_transaction_record(txid, EXISTS_TIMEOUT_S, error);
+    std::string bytes_error;
+    std::string record_error;
+    if (has_transaction_bytes(txid, EXISTS_TIMEOUT_S, bytes_error) ||
+        has_transaction_record(txid, EXISTS_TIMEOUT_S, record_error)) {
+        return true;
+    }
+    answered_out = says_not_found(bytes_error) || says_not_found(record_error);
+    return false;
 }
 
 TxProbe qv_clasp_tx_probe(const std::string& txid) {

@@ -21,6 +21,8 @@ void qv_clasp_drop_mempool_spends(const std::string& address, std::vector<QvClas
 
 // The service knows the transaction.
 bool qv_clasp_tx_exists(const std::string& txid);
+// The same, and whether the service answered: it showed the transaction or said that there is none.
+bool qv_clasp_tx_exists(const std::string& txid, bool& answered_out);
 
 enum class TxProbe { Known = 0, NotFound = 1, NoAnswer = 2 };
 TxProbe qv_clasp_tx_probe(const std::string& txid);

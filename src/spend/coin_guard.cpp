@@ -27,8 +27,12 @@ void add_address(std::vector<std::string>& addresses, const std::string& address
         addresses.push_back(address);
 }
 
-bool is_ordinal(const std::string& address, const QvClaspUtxo& utxo) {
-    return address.empty() ? qv_clasp_is_ordinal_anywhere(utxo) : qv_clasp_is_ordinal_at(address, utxo);
+bool is_ordinal(const std::string& address, const QvClaspUtxo& utxo, const Hash160& hash160) {
+    if (!address.empty()) return qv_clasp_is_ordinal_at(address, utxo);
+    if (qv_clasp_is_ordinal_anywhere(utxo)) return true;
+    // A token that another program of the family moved within the wallet is a pending coin like any change,
+    // so a single satoshi needs the word of the index here as well.
+    return utxo.sats == 1 && qv_clasp_is_ordinal_at(qv_clasp_address_from_hash160(hash160), utxo);
 }
 
 bool is_candidate(CoinAdmission& context, const QvClaspUtxo& utxo) {
@@ -132,7 +136,7 @@ void qv_clasp_admit_coin(CoinAdmission& context, const QvClaspUtxo& utxo, const 
                          const std::string& pub, const Hash160& hash160, const std::string& address) {
     if (!is_hex64(utxo.txid)) return;
     if (qv_clasp_is_spent(utxo.txid, utxo.vout)) return;
-    if (is_ordinal(address, utxo)) return;
+    if (is_ordinal(address, utxo, hash160)) return;
     if (is_reserved_by_sibling(utxo.txid, utxo.vout)) return;
     if (is_candidate(context, utxo)) return;
     drop_pending(utxo);

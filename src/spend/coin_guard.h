@@ -37,13 +37,15 @@ struct QvClaspAddressRead {
     bool read_ok = false;
     bool any_ok = false;
     OutpointSet ordinals;
+    OutpointSet plain;  // what the index lists and sees nothing in
     bool ordinals_ok = false;
 };
 // Reads all addresses at once, without the wallet mutex; stops starting when the generation moves.
 // `with_ordinals` asks the index as well.
 void qv_clasp_read_addresses(std::vector<QvClaspAddressRead>& reads, bool with_ordinals,
                              std::uint64_t generation);
-// Stores the reads: coins into the cache, pending coins pruned, ordinal rows replaced.
+// Stores the reads: coins into the cache, pending coins pruned, ordinal rows replaced. A coin of one satoshi
+// that a good answer of the index does not list at all counts as an ordinal.
 void qv_clasp_commit_reads(std::vector<QvClaspAddressRead>& reads);
 
 // Reads the spend addresses whose cached coins are stale. False with "no wallet" or "wallet changed.".
@@ -57,7 +59,8 @@ struct CoinAdmission {
     std::int64_t total = 0;
     OutpointSet keys{};  // of the coins appended, kept by the guard
 };
-// The guard: appends the coin if nothing forbids it. An empty address means that it is not known.
+// The guard: appends the coin if nothing forbids it. An empty address means that it is not known; a coin of
+// one satoshi is then judged by the address of its hash160 as well.
 void qv_clasp_admit_coin(CoinAdmission& context, const QvClaspUtxo& utxo, const SecretText& priv,
                          const std::string& pub, const Hash160& hash160, const std::string& address);
 

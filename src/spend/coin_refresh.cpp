@@ -16,7 +16,17 @@ void read_address(QvClaspAddressRead& read, bool with_ordinals) {
     // What an incomplete answer does not list may still carry a token, so it is stored as a failed read.
     bool is_complete = false;
     read.ordinals_ok =
-        qv_clasp_read_ordinal_outpoints(read.address, read.ordinals, is_complete) && is_complete;
+        qv_clasp_read_ordinal_outpoints(read.address, read.ordinals, read.plain, is_complete) && is_complete;
+}
+
+// The index may lag behind the chain: a satoshi that it has not looked at may be a token that has just come.
+void hold_back_unlisted(QvClaspAddressRead& read) {
+    const QvClaspCoinCacheRow* row = qv_clasp_cache_row(read.address);
+    if (!read.ordinals_ok || row == nullptr) return;
+    for (const QvClaspUtxo& coin : row->coins) {
+        if (coin.sats != 1 || outpoint_in_set(read.plain, coin.txid, coin.vout)) continue;
+        read.ordinals.insert(qv_clasp_outpoint_key(coin.txid, coin.vout));
+    }
 }
 
 std::vector<QvClaspAddressRead> stale_addresses() {
@@ -62,6 +72,7 @@ void qv_clasp_commit_reads(std::vector<QvClaspAddressRead>& reads) {
                       [](const QvClaspUtxo& coin) { return qv_clasp_is_spent(coin.txid, coin.vout); });
         qv_clasp_cache_store(read.address, read.coins, read.read_ok, !read.any_ok);
         if (read.read_ok && read.any_ok) qv_clasp_prune_pending(read.address, read.coins);
+        hold_back_unlisted(read);
         qv_clasp_ord_store(read.address, read.ordinals, read.ordinals_ok);
     }
 }

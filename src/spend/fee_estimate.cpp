@@ -72,6 +72,9 @@ bool any_address_read() {
 
 CoinPicture take_picture(WalletLock& wallet_lock) {
     CoinPicture picture;
+    // As they are before the lock is free: what happens meanwhile makes the picture an old one.
+    picture.scope = qv_clasp_scope_key();
+    picture.generation = qv_clasp_generation();
     std::string error;
     if (qv_clasp_refresh_coins(wallet_lock, error)) {
         std::vector<QvClaspCoin> coins;
@@ -81,8 +84,6 @@ CoinPicture take_picture(WalletLock& wallet_lock) {
         // The collection takes pending coins out of their list, and this one leads to no send.
         qv_clasp_load_change();
     }
-    picture.scope = qv_clasp_scope_key();
-    picture.generation = qv_clasp_generation();
     picture.taken_at_ns = monotonic_ns();
     return picture;
 }

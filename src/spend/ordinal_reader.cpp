@@ -60,20 +60,22 @@ std::int64_t row_sats(const Json& row) {
 }  // namespace
 
 bool qv_clasp_read_ordinal_outpoints(const std::string& address, OutpointSet& outpoints_out) {
+    OutpointSet plain;
     bool is_complete = false;
-    return qv_clasp_read_ordinal_outpoints(address, outpoints_out, is_complete);
+    return qv_clasp_read_ordinal_outpoints(address, outpoints_out, plain, is_complete);
 }
 
 bool qv_clasp_read_ordinal_outpoints(const std::string& address, OutpointSet& outpoints_out,
-                                     bool& complete_out) {
+                                     OutpointSet& plain_out, bool& complete_out) {
     outpoints_out.clear();
+    plain_out.clear();
     complete_out = false;
     Json outputs;
     if (!read_array("/txos/address/" + address + "/unspent", OUTPUTS_TIMEOUT_S, outputs)) return false;
     QvClaspUtxo outpoint;
     for (const Json& row : outputs) {
-        if (!has_origin(row) && !has_token_data(row)) continue;
-        if (row_outpoint(row, outpoint)) add_key(outpoints_out, outpoint);
+        const bool is_plain = !has_origin(row) && !has_token_data(row);
+        if (row_outpoint(row, outpoint)) add_key(is_plain ? plain_out : outpoints_out, outpoint);
     }
     Json tokens;
     if (!read_array("/bsv20/" + address + "/unspent", TOKENS_TIMEOUT_S, tokens)) return true;

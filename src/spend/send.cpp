@@ -55,6 +55,13 @@ bool is_success(std::string_view result) {
     return result.starts_with("success");
 }
 
+// The text says of this very transaction that a node has it, or keeps it until its parent comes.
+bool is_held_by_network(std::string_view text) {
+    const std::string lower = ascii_lower(text);
+    return contains(lower, "txn-already-in-mempool") || contains(lower, "txn-already-known") ||
+           contains(lower, "seen_in_orphan");
+}
+
 void note_spend(std::int64_t sats, std::int64_t fee) {
     if (g_terminal_probe ? g_terminal_probe() : stdout_is_terminal()) return;
     qv_clasp_emit_event("[QV-SPEND]", {std::to_string(sats)});
@@ -70,10 +77,16 @@ Outcome settle(const SendRun& run, const TriedTx& tx) {
     return result;
 }
 
-// Asks the chain for the last transaction tried.
-Outcome settle_if_known(const SendRun& run) {
-    if (run.tried.empty() || !qv_clasp_tx_exists(run.tried.back().txid)) return std::nullopt;
+// Asks the chain for the last transaction tried. `answered_out` is false if no look-up got an answer.
+Outcome settle_if_known(const SendRun& run, bool& answered_out) {
+    answered_out = true;
+    if (run.tried.empty() || !qv_clasp_tx_exists(run.tried.back().txid, answered_out)) return std::nullopt;
     return settle(run, run.tried.back());
+}
+
+Outcome settle_if_known(const SendRun& run) {
+    bool answered = false;
+    return settle_if_known(run, answered);
 }
 
 // A service that lists an output of a transaction knows it, whatever the look-ups said; a further one would
@@ -110,7 +123,10 @@ Outcome after_failed_build(SendRun& run, int attempt, const std::string& build_e
 // one with another.
 Outcome after_failed_broadcast(SendRun& run, const std::vector<QvClaspCoin>& chosen,
                                const std::string& result) {
-    if (Outcome known = settle_if_known(run)) return known;
+    bool answered = false;
+    if (Outcome known = settle_if_known(run, answered)) return known;
+    // Other coins would pay a second time if the network has this transaction or still takes it.
+    if (!answered || is_held_by_network(result)) return result;
     if (is_conflict_text(result)) {
         write_off_coins(chosen);
         qv_clasp_expire_cache();

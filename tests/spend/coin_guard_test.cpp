@@ -61,6 +61,12 @@ TEST(CoinAdmission, EachRuleAloneTurnsACoinAway) {
          here,
          [&](GuardWorld&) { GuardWorld::index_says(here, {}); },
          true},
+        {"one satoshi, without an address", {txid_of(1), 2, 1}, "", nothing, false},
+        {"one satoshi, without an address, after a good read",
+         {txid_of(1), 2, 1},
+         "",
+         [&](GuardWorld&) { GuardWorld::index_says(here, {}); },
+         true},
         {"token of one satoshi", {txid_of(1), 2, 1}, here, listed, false},
         {"token of one satoshi, without an address", {txid_of(1), 2, 1}, "", listed, false},
         {"listed ordinal", plain, here, listed, false},
@@ -75,7 +81,9 @@ TEST(CoinAdmission, EachRuleAloneTurnsACoinAway) {
         c.arrange(world);
         GuardWorld::add_pending(c.utxo, here);
         CoinAdmission context{.coins = &world.coins};
-        qv_clasp_admit_coin(context, c.utxo, SecretText("aa"), "bb", Hash160{7}, c.address);
+        Hash160 hash160{};
+        ASSERT_TRUE(qv_clasp_address_to_hash160(here, hash160));
+        qv_clasp_admit_coin(context, c.utxo, SecretText("aa"), "bb", hash160, c.address);
         ASSERT_EQ(c.admitted ? 1U : 0U, world.coins.size()) << c.name;
         EXPECT_EQ(c.admitted ? c.utxo.sats : 0, context.total) << c.name;
         EXPECT_EQ(c.admitted ? 0U : 1U, GuardWorld::records().pending_coins.size()) << c.name;

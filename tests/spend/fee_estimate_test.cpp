@@ -114,17 +114,25 @@ TEST(FeeEstimate, FollowsAPaymentAtOnceAndLeavesItsChangeAlone) {
     EXPECT_EQ(qv_clasp_coin_records().pending_coins[0].sats, 977);
 }
 
-TEST(FeeEstimate, FollowsAChangeOfWallet) {
-    PlayNetwork net;
-    const std::string words = "legal winner thank year wave sausage worth useful legal winner thank yellow";
-    add_wallet(net.home_folder, "w1700000000002", one_wallet_document(words));
-    net.fund(receive_address(0), {100, 100, 100, 100, 100'000});
-    net.fund(sandbox::derive(words, "m/44'/236'/1'/0/0").address, {600, 600});
-    EXPECT_EQ(qv_clasp_estimate_send_fee(STRANGER, 1000), 23);
-    {
-        const WalletLock lock = qv_clasp_lock_wallet();
-        qv_clasp_set_active_wallet_id("w1700000000002");
-        qv_clasp_wipe_session();
+TEST(FeeEstimate, FollowsAChangeOfWalletAlsoInTheMiddleOfARead) {
+    for (const bool in_the_middle : {false, true}) {
+        PlayNetwork net;
+        const std::string words =
+            "legal winner thank year wave sausage worth useful legal winner thank yellow";
+        add_wallet(net.home_folder, "w1700000000002", one_wallet_document(words));
+        net.fund(receive_address(0), {100, 100, 100, 100, 100'000});
+        net.fund(sandbox::derive(words, "m/44'/236'/1'/0/0").address, {600, 600});
+        const auto change_wallet = [] {
+            const WalletLock lock = qv_clasp_lock_wallet();
+            qv_clasp_set_active_wallet_id("w1700000000002");
+            qv_clasp_wipe_session();
+        };
+        std::atomic<bool> changed{!in_the_middle};
+        net.on_request = [&](const std::string&) {
+            if (!changed.exchange(true)) change_wallet();
+        };
+        EXPECT_EQ(qv_clasp_estimate_send_fee(STRANGER, 1000), in_the_middle ? -2 : 23);
+        if (!in_the_middle) change_wallet();
+        EXPECT_EQ(qv_clasp_estimate_send_fee(STRANGER, 1000), 38);
     }
-    EXPECT_EQ(qv_clasp_estimate_send_fee(STRANGER, 1000), 38);
 }

@@ -18,6 +18,7 @@ struct IndexWorld {
     TestHome home;
     FakeClock clock;
     OutpointSet outpoints{"left over"};
+    OutpointSet plain{"left over"};
     bool complete = true;
 
     IndexWorld() {
@@ -25,7 +26,7 @@ struct IndexWorld {
         server.on("GET", OUTPUTS, "[]");
         server.on("GET", TOKENS, "[]");
     }
-    bool read() { return qv_clasp_read_ordinal_outpoints(ADDRESS, outpoints, complete); }
+    bool read() { return qv_clasp_read_ordinal_outpoints(ADDRESS, outpoints, plain, complete); }
     void outputs(const Json& rows) { server.on("GET", OUTPUTS, dump_json(rows, -1)); }
     void tokens(const Json& rows) { server.on("GET", TOKENS, dump_json(rows, -1)); }
 };
@@ -62,6 +63,9 @@ TEST(OrdinalReader, TakesOutputsWithAnOriginOrTokenDataAndUnspentTokens) {
         expected.insert(TXID + ":" + std::to_string(vout));
     }
     EXPECT_EQ(expected, world.outpoints);
+    OutpointSet plain;
+    for (const unsigned vout : {2U, 3U, 4U, 7U, 8U}) plain.insert(TXID + ":" + std::to_string(vout));
+    EXPECT_EQ(plain, world.plain);
 }
 
 TEST(OrdinalReader, ReadsRecordedRows) {

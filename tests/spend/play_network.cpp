@@ -146,6 +146,7 @@ ScriptedAnswer PlayNetwork::answer(const ScriptedRequest& request) {
 ScriptedAnswer PlayNetwork::look_up(const std::string& path) {
     const std::string txid = path.substr(0, 64);
     const auto tx = chain.find(txid);
+    if (!looks_answer) return {.status = 500, .body = "down"};
     if (!tx) return {.status = 404};
     if (misses != 0) {
         if (misses > 0 && path.size() == 64) --misses;

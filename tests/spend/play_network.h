@@ -46,6 +46,7 @@ class PlayNetwork {
     std::atomic<int> misses{0};
     std::atomic<bool> index_answers{true};
     std::atomic<bool> lists_answer{true};
+    std::atomic<bool> looks_answer{true};
 
     // Called before each answer, on the server's thread; set it before the first request.
     std::function<void(const std::string& path)> on_request;
