@@ -68,15 +68,6 @@ TEST(Amounts, EverythingElseIsRefusedAndLeavesTheOutputAlone) {
     }
 }
 
-TEST(Amounts, WhatIsReadBackFromItsOwnFormIsTheSame) {
-    for (const std::int64_t sats : {std::int64_t{1}, DUST_SATS, APP_FEE_SATS, std::int64_t{99'999'999},
-                                    std::int64_t{100'000'000}, std::int64_t{2'099'999'997'690'000}, MOST}) {
-        std::int64_t read = 0;
-        ASSERT_TRUE(parse_bsv_amount(format_bsv(sats), read));
-        EXPECT_EQ(read, sats);
-    }
-}
-
 TEST(Amounts, TrimmingLeavesALeadingLineBreak) {
     EXPECT_EQ(trim_text(" \t 0.01 \r\n\t"), "0.01");
     EXPECT_EQ(trim_text("\n0.01"), "\n0.01");

@@ -6,10 +6,8 @@
 #include <thread>
 #include <vector>
 
-#include "base/clock.h"
 #include "base/parallel_for.h"
 #include "base/sinks.h"
-#include "tests/support/fake_clock.h"
 
 TEST(ParallelFor, RunsEachJobOnceOnNoMoreThreadsThanAsked) {
     for (const std::size_t threads : {0U, 1U, 4U, 50U}) {
@@ -54,17 +52,4 @@ TEST(Sinks, ASinkMayReportAgainAndBeReplacedFromInside) {
     });
     qv_clasp_log("once");
     EXPECT_EQ(calls, 1);
-}
-
-TEST(Clock, AReplacedClockPassesTimeWithoutWaiting) {
-    const std::int64_t real = unix_seconds();
-    {
-        const FakeClock clock;
-        const std::int64_t start = monotonic_ns();
-        sleep_milliseconds(60'000);
-        EXPECT_EQ(monotonic_ns() - start, 60'000'000'000);
-        EXPECT_EQ(FakeClock::sleeps(), std::vector<std::int64_t>{60'000});
-    }
-    EXPECT_LE(unix_seconds() - real, 30);
-    EXPECT_GT(monotonic_ns(), 0);
 }

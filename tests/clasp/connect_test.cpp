@@ -188,15 +188,6 @@ TEST_F(Connect, AnApprovalOfAWalletThatDoesNotLoad) {
     }
 }
 
-TEST_F(Connect, ABindToAWalletThatHasGoneAsksAnew) {
-    bind_one_wallet(home, Json::object());
-    add_wallet(home, OTHER_WALLET_ID, one_wallet_document(OTHER_WORDS));
-    ASSERT_EQ(qv_clasp_active_wallet_id(), ONE_WALLET_ID);
-    reply_at(1, approval(OTHER_WALLET_ID));
-    EXPECT_EQ(qv_clasp_connect(), "success");
-    EXPECT_EQ(qv_clasp_read_bind(), OTHER_WALLET_ID);
-}
-
 TEST_F(Connect, TheWalletIsFreeBetweenTheLooks) {
     start_with_two_wallets();
     bool free = true;
@@ -253,15 +244,6 @@ TEST_F(Connect, UnbindForgetsTheBindAndTheSessionOnly) {
     EXPECT_FALSE(qv_clasp_is_connected());
     EXPECT_TRUE(home.exists(ONE_WALLET_PATH));
     EXPECT_EQ(home.read_json("/wallets.json")["wallets"].size(), 1U);
-}
-
-TEST_F(Connect, AfterAnUnbindTheOldApprovalDoesNotCount) {
-    start_with_two_wallets();
-    reply_at(1, approval(ONE_WALLET_ID));
-    ASSERT_EQ(qv_clasp_connect(), "success");
-    qv_clasp_unbind();
-    wallet_program.act = {};
-    EXPECT_NE(qv_clasp_connect(), "success");
 }
 
 TEST_F(Connect, OnlyAMnemonicWalletCountsAsConnected) {

@@ -101,15 +101,6 @@ TEST(ReceiveScan, AFailureInTheThirdBatchKeepsWhatTheFirstTwoFound) {
     EXPECT_EQ(world.saved_counter(), 45U);
 }
 
-TEST(ReceiveScan, NothingFoundChangesNothing) {
-    ScanWorld world(5);
-    const std::string before = world.home.read(ONE_WALLET_PATH);
-    world.balances[receive_address(5)] = 900;
-    qv_clasp_scan_receive();
-    EXPECT_EQ(world.home.read(ONE_WALLET_PATH), before);
-    EXPECT_EQ(qv_clasp_session().scan_position, 406U);
-}
-
 TEST(ReceiveScan, AWalletThatIsSwitchedDuringTheScanIsLeftAlone) {
     ScanWorld world(0);
     const std::string words = "legal winner thank year wave sausage worth useful legal winner thank yellow";
@@ -127,12 +118,6 @@ TEST(ReceiveScan, AWalletThatIsSwitchedDuringTheScanIsLeftAlone) {
     EXPECT_EQ(qv_clasp_session().recv[1], 0U);
     EXPECT_EQ(qv_clasp_session().scan_position, 0U);
     EXPECT_EQ(world.saved_counter(), 0U);
-}
-
-TEST(ReceiveScan, OnlyAMnemonicWalletIsScanned) {
-    ScanWorld world(0, Json{{"priv", std::string(63, '0') + "1"}});
-    qv_clasp_scan_receive();
-    EXPECT_TRUE(world.service.requests().empty());
 }
 
 TEST(ReceiveScan, ACounterAtTheEndOfTheChain) {

@@ -295,13 +295,6 @@ TEST_F(Console, ARefusedSplitPaysNothingAndSaysSo) {
     EXPECT_TRUE(wallet.sends.empty());
 }
 
-TEST_F(Console, NamesThatAreNoTextDoNotBreakTheAnswer) {
-    wallet.board = board().market("cut \xc3", "3");
-    run({"preview", TOKEN, "1", "--json"});
-    EXPECT_EQ(exit_status, 0);
-    EXPECT_EQ(json_text(answer()["rows"][0], "name"), "cut \xef\xbf\xbd");
-}
-
 TEST_F(Console, AResultThatCannotBeWrittenIsAFailure) {
     std::istringstream in;
     std::ostringstream out_stream, err_stream;

@@ -83,15 +83,6 @@ TEST_F(DividendSplit, TheFirstFailingTestDecidesTheText) {
     EXPECT_EQ(wallet.status_calls, 0);
 }
 
-TEST_F(DividendSplit, EachShareIsTheFloorAndTheResidueStays) {
-    EXPECT_TRUE(split(board().market("a", "3").market("b", "3").market("c", "1"), " 0.001\n"));
-    EXPECT_EQ(shares(), (Shares{42857, 42857, 14285}));
-    EXPECT_EQ(state.frozen_pot, 100000);
-    EXPECT_EQ(state.frozen_remainder, 1);
-    EXPECT_EQ(state.frozen_skips, 0);
-    EXPECT_EQ(state.frozen_token_id, state.board.token_id);
-}
-
 TEST_F(DividendSplit, ASkippedRowKeepsItsShareInTheWalletAndItsLotsInTheDivision) {
     EXPECT_TRUE(split(board().market("a", "900").nowhere("b", "99").market("c", "1"), "0.00545"));
     EXPECT_EQ(shares(), (Shares{490500, 53955, 545}));
@@ -100,12 +91,6 @@ TEST_F(DividendSplit, ASkippedRowKeepsItsShareInTheWalletAndItsLotsInTheDivision
     EXPECT_TRUE(state.preview[2].skip);
     EXPECT_EQ(state.frozen_skips, 2);
     EXPECT_EQ(state.frozen_remainder, 53955 + 545);
-}
-
-TEST_F(DividendSplit, TheSmallestShareThatIsSentIs546) {
-    EXPECT_TRUE(split(board().market("a", "1").market("b", "1"), "0.00001092"));
-    EXPECT_EQ(shares(), (Shares{546, 546}));
-    EXPECT_EQ(state.frozen_skips, 0);
 }
 
 TEST_F(DividendSplit, ExcludedRowsRaiseTheOthersAndReserveRowsNeverCount) {
@@ -179,14 +164,6 @@ TEST_F(DividendSplit, TheBalanceMustCoverPotAppFeeAndMinerFees) {
 
     wallet.status.balance_known = false;
     EXPECT_TRUE(split(board().market("a", "3"), "1")) << "an unknown balance stops no round";
-}
-
-TEST_F(DividendSplit, ARoundOfOnlySkipsIsFrozenButNotPayable) {
-    EXPECT_FALSE(split(board().market("a", "1").market("b", "1"), "0.000005"));
-    EXPECT_EQ(text.substr(0, 16), "Dividend preview");
-    EXPECT_NE(text.find("\nPayable heads: 0\nDust / no-dest skips: 2  "), std::string::npos);
-    EXPECT_EQ(state.preview.size(), 2U);
-    EXPECT_EQ(state.frozen_remainder, 500);
 }
 
 TEST_F(DividendSplit, ThePreviewTextIsWhole) {

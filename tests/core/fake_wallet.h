@@ -51,59 +51,53 @@ struct FakeWallet {
         return std::string(64 - id.size(), 'a') + id;
     }
 
+    template <typename Function>
+    auto locked(Function function) {
+        return [this, function](auto&&... arguments) {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            return function(arguments...);
+        };
+    }
+
     // Valid as long as the fake lives.
     RoundWallet functions() {
         RoundWallet wallet;
-        wallet.is_connected = [this] {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            return connected;
-        };
-        wallet.connect = [this] {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            if (connect_result.starts_with("success")) connected = true;
+        wallet.is_connected = locked([this] { return connected; });
+        wallet.connect = locked([this] {
+            connected = connected || connect_result.starts_with("success");
             return connect_result;
-        };
-        wallet.unbind = [this] {
-            const std::lock_guard<std::mutex> lock(mutex_);
+        });
+        wallet.unbind = locked([this] {
             connected = false;
             return std::string("success");
-        };
-        wallet.list_tokens = [this](std::vector<TokenRow>& rows, bool refresh) {
-            const std::lock_guard<std::mutex> lock(mutex_);
+        });
+        wallet.list_tokens = locked([this](std::vector<TokenRow>& rows, bool refresh) {
             rows = tokens;
             refreshed = refresh;
             return tokens_result;
-        };
-        wallet.snapshot_holders = [this](const std::string& token_id, HolderBoard& out) {
-            const std::lock_guard<std::mutex> lock(mutex_);
+        });
+        wallet.snapshot_holders = locked([this](const std::string& token_id, HolderBoard& out) {
             snapshots.push_back(token_id);
             out = board;
             out.token_id = token_id;
             return snapshot_result;
-        };
-        wallet.status = [this](QvClaspStatus& out) {
-            const std::lock_guard<std::mutex> lock(mutex_);
+        });
+        wallet.status = locked([this](QvClaspStatus& out) {
             ++status_calls;
             out = status;
-        };
-        wallet.estimate_send_fee = [this](const std::string& dest, std::int64_t sats) {
-            const std::lock_guard<std::mutex> lock(mutex_);
+        });
+        wallet.estimate_send_fee = locked([this](const std::string& dest, std::int64_t sats) {
             estimates.push_back({dest, sats, ""});
             return fee_estimate;
-        };
-        wallet.send = [this](const std::string& dest, std::int64_t sats, const std::string& memo) {
-            const std::lock_guard<std::mutex> lock(mutex_);
+        });
+        wallet.send = locked([this](const std::string& dest, std::int64_t sats, const std::string& memo) {
             return do_send({dest, sats, memo});
-        };
-        wallet.summary = [this](std::string& address_out, std::string& paymail_out) {
-            const std::lock_guard<std::mutex> lock(mutex_);
+        });
+        wallet.summary = locked([this](std::string& address_out, std::string& paymail_out) {
             address_out = address;
             paymail_out = paymail;
-        };
-        wallet.shown_balance = [this] {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            return balance;
-        };
+        });
+        wallet.shown_balance = locked([this] { return balance; });
         return wallet;
     }
 

@@ -5,7 +5,6 @@
 #include "base/settings.h"
 #include "records/payout_ledger.h"
 #include "tests/core/fake_wallet.h"
-#include "tests/support/fake_clock.h"
 #include "tests/support/test_home.h"
 
 namespace {
@@ -14,7 +13,6 @@ struct PayRunTest : testing::Test {
     TestHome home;
     FakeWallet wallet;
     PayJob job{{}, token_id_of('c'), "Meadow"};
-    std::vector<std::string> ledger_at_send;
 
     std::unique_ptr<RoundMessage> run() { return run_pay(job, wallet.functions()); }
     std::string fee_line(const std::string& txid) const {
@@ -133,13 +131,6 @@ TEST_F(PayRun, ASuccessWithoutATxidStillCountsAsPaid) {
     EXPECT_EQ(message->text, "Paid 1.\n" + fee_line("") + "alice ok success:\n");
     EXPECT_EQ(ledger_names(), (Names{settings().fee_handle, "alice"}));
     EXPECT_EQ(read_payout_entries()[1].txid, "");
-}
-
-TEST_F(PayRun, AListOfOnlySkipsCostsTheFeeAndPaysNobody) {
-    job.rows = {{"dust", "1dust", "1", 10, true}};
-    const auto message = run();
-    EXPECT_FALSE(message->stopped);
-    EXPECT_EQ(message->text, "Paid 0.\n" + fee_line(FakeWallet::txid(0)));
 }
 
 TEST_F(PayRun, ALedgerThatCannotBeWrittenDoesNotStopTheRun) {

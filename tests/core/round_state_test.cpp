@@ -52,23 +52,3 @@ TEST(RoundState, PayableLotsAreTheFloatWithoutTheExcludedRows) {
         EXPECT_EQ(payable_lots(state), one.payable_lots);
     }
 }
-
-TEST(RoundState, OnlyAddressedSharesAboveDustAreDue) {
-    EXPECT_TRUE(is_due({"a", "1a", "1", 546, false}));
-    EXPECT_FALSE(is_due({"a", "1a", "1", 545, false}));
-    EXPECT_FALSE(is_due({"a", "1a", "1", 546, true}));
-    EXPECT_FALSE(is_due({"a", "", "1", 546, false}));
-}
-
-TEST(RoundState, ResultTextsAreJudgedByTheirFirstBytes) {
-    EXPECT_TRUE(says_success("success"));
-    EXPECT_TRUE(says_success("successful: x"));
-    EXPECT_FALSE(says_success("Success"));
-    EXPECT_FALSE(says_success(" success"));
-    EXPECT_FALSE(says_success("succes"));
-    EXPECT_TRUE(says_error("error: x"));
-    EXPECT_TRUE(says_error("error:"));
-    EXPECT_FALSE(says_error("error x"));
-    EXPECT_FALSE(says_error("Error: x"));
-    EXPECT_FALSE(says_error(""));
-}
