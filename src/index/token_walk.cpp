@@ -82,6 +82,9 @@ void step(TokenWalk& walk, const std::string& outpoint, const TakeHolding& take)
     if (outpoint.empty() || !walk.visited.insert(outpoint).second) return;
     WalkOutput output;
     if (!read_walk_output(outpoint, output)) return;
+    // An id that was typed with zeros before its number is the same output.
+    const std::string plain = outpoint_text(output.txid, output.vout);
+    if (plain != outpoint && !walk.visited.insert(plain).second) return;
     follow_token_id(walk, output);
     if (foreign(walk, output.token_id)) return;
     std::string spender;

@@ -46,17 +46,6 @@ TEST(ContentCache, BodiesUpToTenMebibytesComeBack) {
     EXPECT_FALSE(qv_clasp_cache_get(out(2), type, bytes));
 }
 
-TEST(ContentCache, ABodyOfTheSameLengthIsReplaced) {
-    const TestHome home;
-    qv_clasp_cache_put(out(1), "text/plain", bytes_of("made up"));
-    qv_clasp_cache_put(out(1), "text/html\r\nx", bytes_of("the one"));
-    EXPECT_EQ(home.read("/ord_cache/" + out(1) + ".bin"), "the one");
-    EXPECT_EQ(home.read("/ord_cache/" + out(1) + ".typ"), "text/html") << "one line";
-    qv_clasp_cache_put(out(1), "", bytes_of("the two"));
-    EXPECT_EQ(home.read("/ord_cache/" + out(1) + ".typ"), "text/html")
-        << "an unknown type takes nothing away";
-}
-
 TEST(ContentCache, NamesAreCleanedOnBothWays) {
     const TestHome home;
     qv_clasp_name_put(out(1), " \tA coin \n");

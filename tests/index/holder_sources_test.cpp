@@ -44,12 +44,10 @@ TEST(HolderSources, ElementsOfTheHolderList) {
         {"owner and number", {{"owner", a}, {"amt", 12}}, "12"},
         {"an empty address gives way", {{"address", ""}, {"owner", a}, {"amt", "1"}}, "1"},
         {"a null address gives way", {{"address", nullptr}, {"owner", a}, {"amt", "1"}}, "1"},
-        {"an address of another type gives way", {{"address", {1}}, {"pkhash", hash}, {"amt", "1"}}, "1"},
         {"pkhash", {{"pkhash", hash}, {"amt", "1"}}, "1"},
         {"pkHash", {{"pkHash", hash}, {"amt", "1"}}, "1"},
         {"lock of 20 bytes", {{"lock", hash}, {"amt", "1"}}, "1"},
         {"a bad address gives way to the hash", {{"address", a + "x"}, {"pkhash", hash}, {"amt", "1"}}, "1"},
-        {"lock of 32 bytes", {{"lock", std::string(64, 'a')}, {"amt", "1"}}, ""},
         {"a lock in Base64", {{"lock", "95EA9JV8O+RWtoU7zrUdcsIRyF2RhhHON/CxiBEpw3Y="}, {"amt", "1"}}, ""},
         {"no owner", {{"amt", "1"}}, ""},
         {"a script address", {{"address", "3J98t1WpEZ73CNmQviecrnyiWrnqRhWNLy"}, {"amt", "1"}}, ""},
@@ -59,7 +57,6 @@ TEST(HolderSources, ElementsOfTheHolderList) {
         {"amt of another type", {{"address", a}, {"amt", nullptr}, {"balance", "5"}}, "5"},
         {"a negative amt", {{"address", a}, {"amt", -1}, {"balance", "5"}}, "5"},
         {"a float", {{"address", a}, {"amt", 1.5}}, ""},
-        {"a fraction", {{"address", a}, {"amt", "1.5"}}, ""},
         {"nothing held", {{"address", a}, {"amt", "000"}}, ""},
         {"beyond 64 bits", {{"address", a}, {"amt", "99999999999999999999999"}}, "99999999999999999999999"},
         {"no object", 7, ""},
@@ -142,7 +139,6 @@ TEST(HolderSources, WhatHasMovedIsTakenOffTheDeploy) {
         {"beyond 64 bits",
          {{"deploy", "18446744073709551616"}, {"x", "1"}},
          {{"deploy", "18446744073709551615"}, {"x", "1"}}},
-        {"none", {}, {}},
     };
     for (const Case& c : cases) {
         std::vector<HolderTxo> rows;

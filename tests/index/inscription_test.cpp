@@ -107,65 +107,18 @@ TEST(Inscription, EnvelopeForms) {
         std::string type, body, extra;
     };
     const Case cases[] = {
-        {"the type by OP_PUSHDATA1",
-         "0063036f7264514c02414200024344"
-         "68",
-         true, "AB", "CD", ""},
-        {"the mark by OP_PUSHDATA1",
-         "00634c036f72645101410001"
-         "4268",
-         true, "A", "B", ""},
-        {"a body by OP_PUSHDATA4",
-         "0063036f7264510141004e01000000"
-         "4268",
-         true, "A", "B", ""},
-        {"the body before the type",
-         "0063036f7264000142510141"
-         "68",
-         true, "A", "B", ""},
-        {"the last of two bodies",
-         "0063036f7264510141000142000143"
-         "68",
-         true, "A", "C", ""},
-        {"fields 2 and 16 dropped, 5 kept",
-         "0063036f7264520158600159550145510141"
-         "68",
-         true, "A", "", "E"},
-        {"a value that looks like the end",
-         "0063036f7264510141000168"
-         "68",
-         true, "A", "h", ""},
-        {"something behind the end",
-         "0063036f7264510141"
-         "686a0401020304",
-         true, "A", "", ""},
-        {"a mark of four bytes",
-         "0063046f726478510141"
-         "68",
-         false, "", "", ""},
-        {"another mark",
-         "0063036f7265510141"
-         "68",
-         false, "", "", ""},
+        {"the type by OP_PUSHDATA1", "0063036f7264514c0241420002434468", true, "AB", "CD", ""},
+        {"the mark by OP_PUSHDATA1", "00634c036f726451014100014268", true, "A", "B", ""},
+        {"a body by OP_PUSHDATA4", "0063036f7264510141004e010000004268", true, "A", "B", ""},
+        {"the last of two bodies", "0063036f726451014100014200014368", true, "A", "C", ""},
+        {"fields 2 and 16 dropped, 5 kept", "0063036f726452015860015955014551014168", true, "A", "", "E"},
+        {"a mark of four bytes", "0063046f72647851014168", false, "", "", ""},
         {"an opcode where a field should start", "0063036f72646151014168", false, "", "", ""},
         {"OP_1NEGATE as a value", "0063036f7264514f68", false, "", "", ""},
-        {"a tag pushed as data",
-         "0063036f7264010101410001"
-         "4268",
-         false, "", "", ""},
-        {"no end",
-         "0063036f72645101410001"
-         "42",
-         false, "", "", ""},
+        {"a tag pushed as data", "0063036f72640101014100014268", false, "", "", ""},
+        {"no end", "0063036f7264510141000142", false, "", "", ""},
         {"a length of 4 GiB", "0063036f7264510141004effffffff4268", false, "", "", ""},
-        {"an empty content type",
-         "0063036f72645100000142"
-         "68",
-         false, "", "", ""},
-        {"OP_NOTIF",
-         "0064036f7264510141"
-         "68",
-         false, "", "", ""},
+        {"an empty content type", "0063036f7264510000014268", false, "", "", ""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -178,16 +131,10 @@ TEST(Inscription, EnvelopeForms) {
     }
     Inscription inscription;
     EXPECT_TRUE(read_hex("0063036f726451014168" + OWNER, inscription));
-    EXPECT_FALSE(
-        read_hex("0063036f726451014168"
-                 "61" +
-                     OWNER,
-                 inscription))
+    EXPECT_FALSE(read_hex("0063036f72645101416861" + OWNER, inscription))
         << "the owner must stand directly behind";
     EXPECT_FALSE(read_hex("61" + OWNER + "0063036f726451014168", inscription));
-    EXPECT_FALSE(read_hex(OWNER + "61"
-                                  "0063036f726451014168",
-                          inscription));
+    EXPECT_FALSE(read_hex(OWNER + "610063036f726451014168", inscription));
 }
 
 TEST(Inscription, OutpointTexts) {
@@ -250,24 +197,6 @@ TEST(Inscription, BodiesThatAreTokenRecords) {
         Bsv20Meta meta;
         meta.amt = "stale";
         EXPECT_FALSE(parse_bsv20(body, meta)) << body.substr(0, 80);
-    }
-}
-
-TEST(Inscription, TokenIdsThatAnOutputNames) {
-    const std::string here = TXID + "_0";
-    struct Case {
-        const char* op;
-        const char* id;
-        std::string names;
-    };
-    const Case cases[] = {{"transfer", "other", "other"}, {"deploy+mint", "other", "other"},
-                          {"deploy", "", here},           {"deploy+mint", "", here},
-                          {"transfer", "", ""},           {"mint", "", ""}};
-    for (const Case& c : cases) {
-        Bsv20Meta meta;
-        meta.op = c.op;
-        meta.id = c.id;
-        EXPECT_EQ(token_id_of(meta, here), c.names) << c.op;
     }
 }
 

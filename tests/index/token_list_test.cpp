@@ -95,15 +95,3 @@ TEST(TokenList, WithoutAWalletThereIsNone) {
     bind_one_wallet(home, Json{{"priv", std::string(63, '0') + "1"}});
     EXPECT_EQ(list_tokens(false).error, "error: connect a Clasp wallet first.") << "a bare key";
 }
-
-TEST(TokenList, AWalletThatIsUnboundDuringTheSweep) {
-    SweepWorld world;
-    world.during = [] {
-        const WalletLock lock = qv_clasp_lock_wallet();
-        qv_clasp_wipe_session();
-        qv_clasp_drop_bind();
-    };
-    const Listed listed = list_tokens(true);
-    EXPECT_EQ(listed.error, "error: no Clasp wallet.");
-    EXPECT_TRUE(listed.rows.empty());
-}
