@@ -1,5 +1,6 @@
 // Which rows of a sweep are no longer there. A row goes only on evidence: an address that answered without
-// it, an output that this program has spent, or the chain's own answer; a row that cannot be settled stays.
+// it, an output that this program has spent, or the chain's own answer; a token row that cannot be settled
+// stays.
 //
 // Each check comes in two halves: the questions to the chain, gathered with the wallet mutex held and asked
 // without it, and the verdict. `owned` is touched with the mutex held only.
@@ -8,7 +9,7 @@
 #include "index/sweep_state.h"
 
 // Pictures and art that are not in the listing of an address that answered. What the wallet made itself is
-// not dropped on the indexer's word: the chain is asked.
+// not dropped on the indexer's word: the chain is asked, and a row stays if it is unspent or not there yet.
 std::vector<SpendQuestion> questions_about_art(const OrdinalSweep& sweep, std::vector<LocalOrd>& owned);
 void drop_vanished_art(OrdinalSweep& sweep, std::vector<LocalOrd>& owned);
 
