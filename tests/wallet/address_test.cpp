@@ -86,10 +86,9 @@ TEST(PayToPublicKeyHash, IsRecognisedInExactlyItsOneForm) {
     Hash160 found{};
     EXPECT_TRUE(p2pkh_script_hash(script, found));
     EXPECT_EQ(found, hash);
-    for (std::size_t at :
-         {std::size_t{0}, std::size_t{1}, std::size_t{2}, std::size_t{23}, std::size_t{24}}) {
+    for (const int at : {0, 1, 2, 23, 24}) {
         Bytes other = script;
-        other[at] ^= 1;
+        other[static_cast<std::size_t>(at)] ^= 1;
         EXPECT_FALSE(p2pkh_script_hash(other, found)) << at;
     }
     Bytes longer = script;

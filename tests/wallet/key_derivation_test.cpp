@@ -5,7 +5,6 @@
 #include <sstream>
 
 #include "base/hex.h"
-#include "sandbox/keys.h"
 #include "tests/support/test_home.h"
 
 namespace {
@@ -170,15 +169,4 @@ TEST(KeyDerivation, FailsWithNothingLeftForAParentThatIsNoKey) {
         EXPECT_FALSE(qv_clasp_ckd_priv(nothing, element, child)) << element;
         EXPECT_EQ(hex(child.key), std::string(64, '0'));
     }
-}
-
-TEST(KeyDerivation, TakesItsOwnParentAsOutput) {
-    SecretBytes<64> seed;
-    QvClaspExtKey key;
-    ASSERT_TRUE(seed_from_mnemonic(ABOUT, seed));
-    ASSERT_TRUE(master_from_seed(seed, key));
-    for (const std::uint32_t element : elements_of("m/44'/236'/1'/0/7")) {
-        ASSERT_TRUE(qv_clasp_ckd_priv(key, element, key));
-    }
-    EXPECT_EQ(hex(key.key), qv_clasp_hex_encode(sandbox::derive(ABOUT, "m/44'/236'/1'/0/7").priv));
 }

@@ -198,24 +198,6 @@ TEST_F(NameRegistry, FollowsTheOrdinalAddressOfTheSession) {
     qv_clasp_wipe_session();
 }
 
-TEST_F(NameRegistry, SetsAvatarsOfAnIdentityAndItsNames) {
-    put(names({{"a", {{"pubkey", PUB_A}}}, {"b", {{"pubkey", PUB_B}, {"avatar", "b's"}}}, {"odd", "text"}}));
-    EXPECT_EQ(qv_clasp_registry_set_avatar("", "x"), "no identity pubkey");
-    EXPECT_EQ(qv_clasp_registry_set_avatar("02AA", "new"), "");
-    EXPECT_EQ(json_text(now()["avatars"], PUB_A), "new");
-    EXPECT_EQ(json_text(now()["names"]["a"], "avatar"), "new");
-    EXPECT_EQ(json_text(now()["names"]["b"], "avatar"), "b's");
-    EXPECT_EQ(qv_clasp_registry_set_avatar(PUB_A, ""), "");
-    EXPECT_FALSE(now()["avatars"].contains(PUB_A));
-    EXPECT_FALSE(now()["names"]["a"].contains("avatar"));
-    remove_file(home_.root() + FILE_PATH);
-    EXPECT_EQ(qv_clasp_registry_set_avatar(PUB_A, ""), "");
-    EXPECT_EQ(now(), Json({{"names", Json::object()}, {"avatars", Json::object()}}));
-    remove_file(home_.root() + FILE_PATH);
-    make_folder(home_.root() + FILE_PATH);
-    EXPECT_EQ(qv_clasp_registry_set_avatar(PUB_A, "x"), "could not write paymail registry");
-}
-
 TEST_F(NameRegistry, LooksUpTheOwnerOfAnAddress) {
     Json registry =
         names({{"a", {{"pubkey", "02AA"}, {"address", "pay a"}, {"ordAddress", "ord a"}, {"ord", "ref a"}}},

@@ -80,22 +80,6 @@ TEST(FileReplace, PutsOneFileInThePlaceOfAnother) {
     EXPECT_EQ(home.read("/moved"), "new");
 }
 
-TEST(FileMove, CopiesToAnotherVolume) {
-    const TestHome home;
-    struct stat here {};
-    struct stat there {};
-    ASSERT_EQ(::stat(home.root().c_str(), &here), 0);
-    if (::stat("/dev/shm", &there) != 0 || here.st_dev == there.st_dev) GTEST_SKIP() << "one volume only";
-    const std::string target = "/dev/shm/bursaria-move-" + std::to_string(::getpid());
-    home.write("/file", std::string("content"));
-    EXPECT_TRUE(move_file(home.root() + "/file", target));
-    std::string content;
-    EXPECT_TRUE(read_text_file(target, content));
-    EXPECT_EQ(content, "content");
-    EXPECT_FALSE(home.exists("/file"));
-    remove_file(target);
-}
-
 TEST(FileLock, IsNotHeldWhereTheFileDoesNotOpen) {
     const TestHome home;
     EXPECT_FALSE(FileLock(home.root() + "/no folder/lock").held());
@@ -116,11 +100,4 @@ TEST(Program, StartsAnotherInTheFolderThatItIsGiven) {
     EXPECT_FALSE(start_program(home.folder() + "/missing", home.root()));
     EXPECT_FALSE(start_program(script, home.folder() + "/missing"));
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "nobody is left to be waited for";
-}
-
-TEST(Program, KnowsItsOwnFolder) {
-    const std::string folder = program_folder();
-    EXPECT_TRUE(folder.starts_with('/')) << folder;
-    EXPECT_FALSE(folder.ends_with('/')) << folder;
-    EXPECT_TRUE(file_exists(folder + "/test_wallet")) << folder;
 }

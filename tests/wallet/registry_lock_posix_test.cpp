@@ -2,9 +2,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <thread>
-
 #include "tests/support/test_home.h"
 #include "wallet/wallet_registry.h"
 
@@ -47,18 +44,6 @@ TEST(RegistryLockFile, IsOpenedOnceForNestedHolds) {
     EXPECT_TRUE(home.exists("/wallets.lock"));
 }
 
-TEST(RegistryLockFile, IsReleasedWhenAnExceptionPasses) {
-    const TestHome home;
-    const int before = open_descriptors();
-    EXPECT_THROW(
-        {
-            const RegistryLock lock;
-            throw std::runtime_error("on the way out");
-        },
-        std::runtime_error);
-    EXPECT_EQ(open_descriptors(), before);
-}
-
 TEST(RegistryLockFile, SerialisesTwoProcesses) {
     const TestHome home;
     constexpr int TIMES = 40;
@@ -74,30 +59,4 @@ TEST(RegistryLockFile, SerialisesTwoProcesses) {
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     }
     EXPECT_EQ(json_int(home.read_json("/wallets.json"), "count"), 3 * TIMES) << "an update was lost";
-}
-
-TEST(RegistryLockFile, MakesAnotherProcessWaitForItsEnd) {
-    const TestHome home;
-    int ready[2];
-    ASSERT_EQ(::pipe(ready), 0);
-    pid_t child = 0;
-    {
-        // The child is there before the lock is, so that it inherits no hold of it.
-        child = ::fork();
-        if (child == 0) {
-            char go = 0;
-            if (::read(ready[0], &go, 1) != 1) ::_exit(2);
-            const RegistryLock lock;
-            ::_exit(file_exists(home.root() + "/released") ? 0 : 1);
-        }
-        const RegistryLock lock;
-        ASSERT_EQ(::write(ready[1], "g", 1), 1);
-        std::this_thread::sleep_for(std::chrono::milliseconds(30));
-        home.write("/released", std::string("1"));
-    }
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-    ::close(ready[0]);
-    ::close(ready[1]);
 }

@@ -60,13 +60,3 @@ TEST(SecretBytes, AreZeroAtFirstAndAfterTheirLife) {
     const volatile unsigned char* left = place;
     EXPECT_EQ(std::count(left, left + sizeof place, 0), 32);
 }
-
-TEST(CleansingAllocator, OverwritesTheBufferThatItGivesBack) {
-    // The allocator's own hook is asked, since freed memory is nobody's to read.
-    unsigned char block[16];
-    std::memset(block, 9, sizeof block);
-    cleanse_memory(block, 8);
-    EXPECT_TRUE(all_zero(block, 8));
-    EXPECT_EQ(block[8], 9) << "no further than it was told";
-    cleanse_memory(nullptr, 8);
-}

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
 
-#include "base/clock.h"
 #include "base/hex.h"
 #include "tests/support/one_wallet.h"
 #include "wallet/hashes.h"
@@ -162,39 +161,6 @@ TEST_F(SessionKeys, OfOneWalletAreForgottenWithIt) {
     EXPECT_TRUE(qv_clasp_owns_address(sandbox::derive(other_words, "m/44'/236'/100'/0/0").address));
 }
 
-TEST_F(SessionKeys, AreDerivedOnceForALongChain) {
-    load({0, 400, 0, 0, 0, 0});
-    const auto time_ns = [](const std::function<void()>& job) {
-        const std::int64_t start = monotonic_ns();
-        job();
-        return monotonic_ns() - start;
-    };
-    const std::int64_t first =
-        time_ns([] { EXPECT_FALSE(qv_clasp_owns_address("1BitcoinEaterAddressDontSendf59kuE")); });
-    const std::int64_t all_again = time_ns([&] {
-        for (std::uint32_t index = 0; index <= 400; ++index) {
-            Derived key;
-            const std::string address = qv_clasp_account_address(RECEIVE_ACCOUNT, index);
-            ASSERT_TRUE(qv_clasp_find_key(address, key.priv, key.pub));
-        }
-        EXPECT_FALSE(qv_clasp_owns_address("1BitcoinEaterAddressDontSendf59kuE"));
-    });
-    RecordProperty("first_walk_us", std::to_string(first / 1000));
-    RecordProperty("all_again_us", std::to_string(all_again / 1000));
-    // The walk has 406 curve multiplications; finding all of the keys afterwards has none.
-    EXPECT_LT(all_again, first);
-    expect_key({qv_clasp_session().priv, qv_clasp_session().pub, qv_clasp_session().address}, "1'/0/0");
-}
-
-TEST_F(SessionKeys, ShowIsClampedToTheCounter) {
-    load({0, 5, 0, 0, 0, 0}, 9);
-    EXPECT_EQ(qv_clasp_session().show, 5U);
-    EXPECT_EQ(qv_clasp_session().address, receive_address(5));
-    qv_clasp_session().show = 9;
-    EXPECT_TRUE(qv_clasp_derive_addresses());
-    EXPECT_EQ(qv_clasp_session().show, 5U);
-}
-
 TEST_F(SessionKeys, TellTheNameRegistryTheOrdinalAddress) {
     const std::string identity = qv_clasp_hex_encode(one_wallet_key("100'/0/0").pub);
     home_.write("/quorvelle_paymail.json",
@@ -203,19 +169,6 @@ TEST_F(SessionKeys, TellTheNameRegistryTheOrdinalAddress) {
     const Json names = home_.read_json("/quorvelle_paymail.json")["names"];
     EXPECT_EQ(json_text(names["mira"], "ordAddress"), one_wallet_key("5'/0/3").address);
     EXPECT_FALSE(names["nils"].contains("ordAddress"));
-}
-
-TEST_F(SessionKeys, OfALegacyWalletAreItsOneKey) {
-    const sandbox::KeyPair key = sandbox::key_from_priv(Bytes(32, 0x33));
-    bind_one_wallet(home_, {{"priv", qv_clasp_hex_encode(key.priv)}});
-    ASSERT_TRUE(qv_clasp_load());
-    Derived found;
-    ASSERT_TRUE(qv_clasp_find_key(key.address, found.priv, found.pub));
-    EXPECT_EQ(found.priv.view(), qv_clasp_hex_encode(key.priv));
-    EXPECT_EQ(found.pub, qv_clasp_hex_encode(key.pub));
-    EXPECT_FALSE(qv_clasp_find_key(receive_address(0), found.priv, found.pub));
-    EXPECT_TRUE(found.priv.empty());
-    EXPECT_TRUE(qv_clasp_derive_addresses()) << "it has an address";
 }
 
 TEST_F(SessionKeys, SignATextAsTheIdentity) {

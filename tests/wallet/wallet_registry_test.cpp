@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
-
 #include "tests/support/fake_clock.h"
 #include "tests/support/one_wallet.h"
 #include "wallet/data_root.h"
@@ -96,25 +93,6 @@ TEST(Registry, RowTakesTheNameOfThePaymail) {
     EXPECT_EQ(std::filesystem::last_write_time(utf8_path(home.root() + "/wallets.json")), written)
         << "the same name is not written again";
     qv_clasp_wipe_session();
-}
-
-TEST(RegistryLockFile, ThatDoesNotOpenLeavesTheMutexToGuardTheThreads) {
-    const TestHome home;
-    make_folder(home.root() + "/wallets.lock");
-    std::atomic<int> inside{0};
-    std::atomic<bool> met{false};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            for (int round = 0; round < 50; ++round) {
-                const RegistryLock lock;
-                if (++inside != 1) met = true;
-                --inside;
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_FALSE(met);
 }
 
 TEST(Migration, MovesTheOldDocumentIntoAnEmptyRegistry) {
