@@ -155,17 +155,6 @@ TEST(CollectCoins, ALegacyWalletSpendsTheCoinsOfItsAddress) {
     }
 }
 
-TEST(CollectCoins, ARestartBringsBackWhatWasSpentAndTheChange) {
-    GuardWorld world;
-    qv_clasp_mark_spent(txid_of(1), 0);
-    GuardWorld::add_pending({txid_of(2), 1, 900}, receive_address(0));
-    qv_clasp_save_change();
-    GuardWorld::restart();
-    GuardWorld::cache(receive_address(0), {{txid_of(1), 0, 5000}});
-    EXPECT_TRUE(world.collect());
-    EXPECT_EQ(Keys{key(2, 1)}, world.candidates());
-}
-
 TEST(CollectCoins, DropsTheOfferLocksOfSpentCoins) {
     GuardWorld world;
     const std::string path = "/atelier/offer_locks_" + ONE_WALLET_ID + ".json";
