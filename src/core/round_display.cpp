@@ -1,8 +1,10 @@
 #include "core/round_display.h"
 
+#include <unordered_map>
 #include <utility>
 
 #include "base/amounts.h"
+#include "records/holder_notes.h"
 #include "records/payout_ledger.h"
 
 namespace {
@@ -47,11 +49,22 @@ std::string role_text(const RoundState& state, std::size_t row) {
     return is_excluded(state, row) ? "excluded" : "in-market";
 }
 
-BoardLine board_line(const RoundState& state, std::size_t row, const TokenPayouts& payouts) {
+// What the records tell of the holders of one token.
+struct BoardRecords {
+    TokenPayouts payouts;
+    std::unordered_map<std::string, std::string> notes;
+};
+
+BoardRecords read_board_records(const std::string& token_id) {
+    return {read_token_payouts(token_id), notes_on(read_notes(), token_id)};
+}
+
+BoardLine board_line(const RoundState& state, std::size_t row, const BoardRecords& records) {
     const HolderRow& holder = state.board.rows[row];
-    const std::int64_t received = holder.reserve ? 0 : payouts.received(holder.dest);
+    const std::int64_t received = holder.reserve ? 0 : records.payouts.received(holder.dest);
+    const bool has_note = records.notes.contains(note_key(holder.pubkey, holder.who, holder.dest));
     BoardLine line;
-    line.holder = holder.who;
+    line.holder = holder.who + (has_note ? NOTE_MARK : "");
     line.lots = holder.lots;
     line.pay_to = holder.reserve || holder.dest.empty() ? "-" : holder.dest;
     line.role = role_text(state, row);
@@ -60,11 +73,11 @@ BoardLine board_line(const RoundState& state, std::size_t row, const TokenPayout
     return line;
 }
 
-std::vector<BoardLine> board_lines_with(const RoundState& state, const TokenPayouts& payouts) {
+std::vector<BoardLine> board_lines_with(const RoundState& state, const BoardRecords& records) {
     std::vector<BoardLine> lines;
     lines.reserve(state.board.rows.size());
     for (std::size_t row = 0; row < state.board.rows.size(); ++row)
-        lines.push_back(board_line(state, row, payouts));
+        lines.push_back(board_line(state, row, records));
     return lines;
 }
 
@@ -144,7 +157,7 @@ void refresh_wallet_summary(Round& round) {
 }
 
 std::vector<BoardLine> board_lines(const RoundState& state) {
-    return board_lines_with(state, read_token_payouts(state.board.token_id));
+    return board_lines_with(state, read_board_records(state.board.token_id));
 }
 
 void fit_excluded(RoundState& state) {
@@ -154,7 +167,7 @@ void fit_excluded(RoundState& state) {
 void refresh_board(Round& round) {
     RoundState& state = round.state;
     fit_excluded(state);
-    const TokenPayouts payouts = read_token_payouts(state.board.token_id);
-    round.window.fill_board(board_lines_with(state, payouts));
-    round.window.set_text(CONTROL_SUMMARY, board_summary(state, payouts.paid_total));
+    const BoardRecords records = read_board_records(state.board.token_id);
+    round.window.fill_board(board_lines_with(state, records));
+    round.window.set_text(CONTROL_SUMMARY, board_summary(state, records.payouts.paid_total));
 }

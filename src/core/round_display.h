@@ -1,6 +1,6 @@
 // What the main window shows of a round: the token box, the wallet card, the board with its summary. Computes
-// the texts and hands them to the window. On the window's thread; reads the ledger once for each redraw of
-// the board.
+// the texts and hands them to the window. On the window's thread; reads the ledger and the notes once for
+// each redraw of the board.
 #pragma once
 
 #include <string>

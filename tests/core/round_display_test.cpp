@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "records/holder_notes.h"
 #include "records/payout_ledger.h"
 #include "tests/core/fake_round.h"
 
@@ -133,4 +134,20 @@ TEST_F(RoundDisplay, BoardLinesShowWhatEachHolderReceivedOnThisToken) {
     state.board.token_name.clear();
     refresh_board(round);
     EXPECT_EQ(texts[CONTROL_SUMMARY].substr(0, 73), "Token: " + state.board.token_id);
+}
+
+TEST_F(RoundDisplay, AHolderWithANoteOnThisTokenIsMarked) {
+    RoundState& state = round.state;
+    state.board = board().market("alice", "3").reserve("me", "9").market("bob", "1");
+    state.board.rows[0].pubkey = "02ab";
+    write_note(state.board.token_id, "p:02ab", "alice", "3", "pays late");
+    write_note(state.board.token_id, "n:me", "me", "9", "the till");
+    write_note(A, "n:bob", "bob", "1", "on another token");
+    refresh_board(round);
+    EXPECT_EQ(lines.at(0).holder, "alice  \xc3\x82\xc2\xb7 note");
+    EXPECT_EQ(lines.at(1).holder, "me  \xc3\x82\xc2\xb7 note");
+    EXPECT_EQ(lines.at(2).holder, "bob");
+    write_note(state.board.token_id, "p:02ab", "alice", "3", " ");
+    refresh_board(round);
+    EXPECT_EQ(lines.at(0).holder, "alice");
 }
