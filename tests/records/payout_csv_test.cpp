@@ -1,0 +1,46 @@
+#include "records/payout_csv.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ctime>
+
+#include "tests/support/test_home.h"
+
+TEST(PayoutCsv, TheFileByteForByte) {
+    ::setenv("TZ", "UTC", 1);
+    ::tzset();
+    const std::string txid(64, 'a');
+    const std::vector<PayoutRow> rows = {
+        {"tok_0", "", "alice@bursaria.test", "1alice", txid, "payout", 150'000'000, 1'769'831'940},
+        {"tok_1", "Grün, \"Wiese\"", "a\rb\nc", "", "", "", 0, 0},
+        {"", "", "", "1 b;'=", "t", "odd", -1, -1},
+    };
+    const TokenNames names = {{"tok_0", "Meadow"}};
+    const std::string expected =
+        "\xef\xbb\xbfWhen,Who,Amount BSV,Amount sats,Pay to,Tx,Token,Kind\r\n"
+        "2026-01-31 03:59,alice@bursaria.test,1.50000000,150000000,1alice," +
+        txid +
+        ",Meadow,payout\r\n"
+        "-,\"a\rb\nc\",0.00000000,0,,,\"Grün, \"\"Wiese\"\"\",payout\r\n"
+        "-,,-0.00000001,-1,1 b;'=,t,token,odd\r\n";
+    EXPECT_EQ(payout_csv(rows, names), expected);
+    EXPECT_EQ(payout_csv_name(1'769'831'940), "bursaria-payouts-2026-01-31.csv");
+
+    const TestHome home;
+    home.write("/out.csv", expected + "longer than what comes");
+    std::string text;
+    EXPECT_TRUE(write_payout_csv(home.root() + "/out.csv", rows, names, text));
+    EXPECT_EQ(text, "Saved 3 rows.");
+    EXPECT_EQ(home.read("/out.csv"), expected);
+    EXPECT_FALSE(write_payout_csv(home.root() + "/no/folder/out.csv", rows, names, text));
+    EXPECT_EQ(text, "Could not write that file.");
+}
+
+TEST(PayoutCsv, TheQuestionKnowsOneRowAndTheLastMessageDoesNot) {
+    EXPECT_EQ(export_question(1),
+              "Export 1 payout row currently listed (this token / range) to a CSV file?\n\nThis is the local "
+              "payout log, not a chain oracle.");
+    EXPECT_EQ(export_question(2).substr(0, 21), "Export 2 payout rows ");
+    EXPECT_EQ(exported_text(1), "Saved 1 rows.");
+}

@@ -1,0 +1,185 @@
+#include "records/payout_history.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ctime>
+#include <numeric>
+
+#include "records/payout_chart.h"
+#include "tests/support/test_home.h"
+#include "wallet/binds.h"
+
+namespace {
+
+constexpr std::int64_t NOW = 1'800'000'000;
+const TokenNames NO_NAMES;
+
+PayoutRow paid(std::int64_t unix, std::int64_t sats, const std::string& token_id = "tok_0",
+               const std::string& kind = "payout") {
+    PayoutRow row;
+    row.token_id = token_id;
+    row.kind = kind;
+    row.sats = sats;
+    row.unix = unix;
+    return row;
+}
+
+std::int64_t sum(const std::vector<std::int64_t>& values) {
+    return std::accumulate(values.begin(), values.end(), std::int64_t{0});
+}
+
+}  // namespace
+
+TEST(PayoutHistory, RowsComeNewestFirstAndTakeAKnownTokenName) {
+    const TestHome home;
+    qv_clasp_set_active_wallet_id("w1");
+    home.write("/bursaria/w1_paid.json",
+               std::string(R"({"entries": [{"token_id": "tok_0", "txid": "a", "unix": 5},
+        {"token_id": "tok_1", "token_name": "Own", "txid": "b", "unix": 9}, "no entry",
+        {"token_id": "tok_1", "txid": "c", "unix": 5}, {"txid": 7, "unix": "9"}]})"));
+    std::string seen;
+    for (const PayoutRow& row : load_payouts({{"tok_0", "Meadow"}, {"tok_1", ""}, {"tok_01", "Other"}}))
+        seen += row.txid + "=" + row.token_name + " ";
+    EXPECT_EQ(seen, "b=Own a=Meadow c= = ");
+    home.write("/bursaria/w1_paid.json", std::string("{\"entries\": [{\"sats\""));
+    EXPECT_TRUE(load_payouts(NO_NAMES).empty());
+}
+
+TEST(PayoutHistory, ATokenHasAShortName) {
+    const TokenNames names = {{"id", "Known"}};
+    EXPECT_EQ(token_label("id", "Given", names), "Given");
+    EXPECT_EQ(token_label("id", "", names), "Known");
+    EXPECT_EQ(token_label("", "", names), "token");
+    EXPECT_EQ(token_label("123456789012345", "", names), "123456789012345");
+    EXPECT_EQ(token_label("1234567890123456", "", names), "12345678...123456");
+    EXPECT_EQ(short_txid("1234567890123456"), "1234567890123456");
+    EXPECT_EQ(short_txid("12345678901234567"), "12345678...234567");
+}
+
+TEST(PayoutHistory, TheTokenFilterListsWhatWasPaidOn) {
+    std::vector<PayoutRow> rows = {paid(9, 1, "tok_1"),          paid(8, 1, "app_fee"), paid(7, 1, ""),
+                                   paid(6, 1, "fee", "app_fee"), paid(5, 1, "tok_0"),   paid(4, 1, "tok_1")};
+    rows[5].token_name = "Late name";
+    std::string seen;
+    for (const TokenChoice& choice : history_tokens(rows, {{"tok_0", "Meadow"}, {"tok_1", "Not this"}}))
+        seen += choice.token_id + "=" + choice.label + " ";
+    EXPECT_EQ(seen, "tok_1=Late name tok_0=Meadow ");
+}
+
+TEST(PayoutHistory, ARangeShowsRowsUpToItsEdge) {
+    for (const HistoryRange& range : HISTORY_RANGES) {
+        SCOPED_TRACE(range.label);
+        const bool all = range.span_s == 0;
+        const std::int64_t edge = NOW - (all ? 40'000'000 : range.span_s);
+        const HistoryView view = history_view(
+            {paid(NOW + 50, 1), paid(NOW, 2), paid(edge, 4), paid(edge - 1, 8), paid(0, 16), paid(-5, 32)},
+            "", range, NOW);
+        EXPECT_EQ(view.total_sats, all ? 63 : 7);
+        ASSERT_EQ(view.buckets.size(), range.buckets);
+        EXPECT_EQ(sum(view.buckets), view.total_sats);
+        EXPECT_EQ(view.buckets.back(), 3) << "now and later";
+        EXPECT_EQ(view.axis_labels.back(), payout_time_text(NOW));
+    }
+}
+
+TEST(PayoutHistory, FeesAndOtherTokensAreLeftOut) {
+    const std::vector<PayoutRow> rows = {paid(NOW, 1), paid(NOW, 2, "tok_1"), paid(NOW, 4, "app_fee"),
+                                         paid(NOW, 8, "tok_0", "app_fee"), paid(NOW, 16, "", "")};
+    EXPECT_EQ(payouts_line(history_view(rows, "", HISTORY_RANGES[ALL_TIME], NOW)),
+              "Payouts: 3    Total: 0.00000019 BSV");
+    EXPECT_EQ(payouts_line(history_view(rows, "tok_1", HISTORY_RANGES[0], NOW)),
+              "Payouts: 1    Total: 0.00000002 BSV");
+    EXPECT_EQ(fees_line(1000000), "Total fees paid: 0.01000000 BSV");
+}
+
+TEST(PayoutHistory, AllTimeBeginsAtTheOldestRowButSpansAnHour) {
+    struct Case {
+        const char* name;
+        std::vector<PayoutRow> rows;
+        std::int64_t start;
+        std::vector<std::size_t> filled;
+    };
+    const Case cases[] = {
+        {"no rows", {}, NOW - 86'400, {}},
+        {"a minute ago", {paid(NOW - 60, 5)}, NOW - 3'600, {15}},
+        {"an hour and its quarters",
+         {paid(NOW - 3'600, 5), paid(NOW - 2'700, 5), paid(NOW - 2'701, 5)},
+         NOW - 3'600,
+         {0, 3, 4}},
+        {"sixteen days", {paid(NOW - 16 * 86'400, 5), paid(NOW - 86'400, 5)}, NOW - 16 * 86'400, {0, 15}},
+        {"no time", {paid(0, 5), paid(NOW - 100'000, 5)}, NOW - 86'400, {0}},
+        {"the clock went back", {paid(NOW + 500, 5)}, NOW - 3'600, {15}},
+        {"hostile times", {paid(INT64_MAX, 5), paid(INT64_MIN, 5)}, NOW - 86'400, {0, 15}},
+    };
+    for (const Case& one : cases) {
+        SCOPED_TRACE(one.name);
+        const HistoryView view = history_view(one.rows, "", HISTORY_RANGES[ALL_TIME], NOW);
+        EXPECT_EQ(view.axis_labels.front(), payout_time_text(one.start));
+        std::vector<std::size_t> filled;
+        for (std::size_t i = 0; i < view.buckets.size(); ++i) {
+            if (view.buckets[i] > 0) filled.push_back(i);
+        }
+        EXPECT_EQ(filled, one.filled);
+        EXPECT_EQ(sum(view.buckets), view.total_sats);
+    }
+    EXPECT_EQ(payout_buckets({paid(5, 3), paid(NOW, 4)}, NOW - 15, NOW, 16), (std::vector<std::int64_t>{7}))
+        << "stretches under a second";
+}
+
+TEST(PayoutHistory, TimesAreLocal) {
+    ::setenv("TZ", "XXX-5:30", 1);
+    ::tzset();
+    EXPECT_EQ(payout_time_text(1), "1970-01-01 05:30");
+    EXPECT_EQ(payout_time_text(1'769'831'940), "2026-01-31 09:29");
+    for (const std::int64_t unix : {std::int64_t{0}, std::int64_t{-1}, INT64_MAX, INT64_MIN})
+        EXPECT_EQ(payout_time_text(unix), "-") << unix;
+}
+
+TEST(PayoutChart, TheAxisEndsAtARoundValueAboveEveryBar) {
+    const std::pair<std::int64_t, std::int64_t> cases[] = {
+        {1, 1},
+        {2, 2},
+        {3, 5},
+        {6, 10},
+        {1000, 1000},
+        {1001, 2000},
+        {20'000'001, 50'000'000},
+        {500'000'000, 500'000'000},
+        {5'000'000'000'000'000'000, 5'000'000'000'000'000'000},
+        {INT64_MAX, INT64_MAX},
+    };
+    const ChartRect plot = {62, 16, 362, 117};
+    for (const auto& [max, top] : cases) {
+        const std::vector<std::int64_t> buckets = {max, 0, -5, max / 2};
+        EXPECT_EQ(chart_axis_top(buckets), top) << max;
+        for (const ChartRect& bar : chart_bars(plot, buckets, top)) {
+            EXPECT_GE(bar.top, plot.top);
+            EXPECT_LE(bar.top, bar.bottom);
+        }
+        EXPECT_EQ(chart_grid(plot, top).back().label, chart_axis_label(top)) << "no overflow on the way up";
+    }
+    EXPECT_FALSE(chart_has_payouts({0, -1}));
+    EXPECT_FALSE(chart_has_payouts({}));
+}
+
+TEST(PayoutChart, BarsPointsAndLabelsHaveTheirPlaces) {
+    const ChartRect plot = chart_plot({0, 0, 374, 139});
+    EXPECT_TRUE(chart_plot_is_usable(plot));
+    EXPECT_FALSE(chart_plot_is_usable({0, 0, 19, 300}));
+    const std::vector<ChartRect> bars = chart_bars(plot, {50, 100, 0}, 100);
+    EXPECT_EQ(bars[0].left, 64);
+    EXPECT_EQ(bars[0].right - bars[0].left, (300 - 8) / 3);
+    EXPECT_EQ(bars[1].left, 64 + 97 + 2);
+    EXPECT_EQ(bars[0].top, 117 - 50);
+    EXPECT_EQ(bars[1].top, 17);
+    EXPECT_EQ(chart_points(plot, {50, 100, 0}, 100)[2].x, 362);
+    EXPECT_EQ(chart_points(plot, {100}, 100)[0].x, 62);
+    EXPECT_EQ(chart_grid(plot, 100)[1].y, 117 - 25);
+    EXPECT_EQ(chart_axis_label(0), "0");
+    EXPECT_EQ(chart_axis_label(250'000'000), "2.5");
+    EXPECT_EQ(chart_axis_label(1'000'000'000), "10.0");
+    EXPECT_EQ(chart_axis_label(25), "0.00000025");
+    EXPECT_EQ(chart_caption({"a", "b", "c"}), "a  ->  c");
+    EXPECT_EQ(chart_caption({"a"}), "a");
+}
