@@ -1,25 +1,12 @@
 #include "records/payout_ledger.h"
 
-#include <limits>
-
 #include "base/clock.h"
 #include "base/json_file.h"
 #include "records/ledger_file.h"
 #include "records/record_files.h"
+#include "records/sats_sum.h"
 
 namespace {
-
-// A damaged file may hold any figures; their sum must still be one.
-void add_sats(std::int64_t& sum, std::int64_t sats) {
-    constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
-    constexpr std::int64_t least = std::numeric_limits<std::int64_t>::min();
-    if (sats > 0 && sum > most - sats)
-        sum = most;
-    else if (sats < 0 && sum < least - sats)
-        sum = least;
-    else
-        sum += sats;
-}
 
 PayoutEntry entry_from_json(const Json& row) {
     PayoutEntry entry;

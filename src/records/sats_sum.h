@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <limits>
 
-// Stays at the largest or the smallest amount instead of overflowing.
+// The sum stays at the largest or the smallest amount instead of overflowing.
 inline void add_sats(std::int64_t& sum, std::int64_t sats) {
     constexpr std::int64_t MOST = std::numeric_limits<std::int64_t>::max();
     constexpr std::int64_t LEAST = std::numeric_limits<std::int64_t>::min();
