@@ -2,17 +2,21 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <ctime>
 
 #include "tests/support/test_home.h"
 
 TEST(PayoutCsv, TheFileByteForByte) {
-    ::setenv("TZ", "UTC", 1);
-    ::tzset();
+    std::tm local{};
+    local.tm_year = 126;
+    local.tm_mday = 31;
+    local.tm_hour = 3;
+    local.tm_min = 59;
+    local.tm_isdst = -1;
+    const std::int64_t unix = std::mktime(&local);
     const std::string txid(64, 'a');
     const std::vector<PayoutRow> rows = {
-        {"tok_0", "", "alice@bursaria.test", "1alice", txid, "payout", 150'000'000, 1'769'831'940},
+        {"tok_0", "", "alice@bursaria.test", "1alice", txid, "payout", 150'000'000, unix},
         {"tok_1", "Grün, \"Wiese\"", "a\rb\nc", "", "", "", 0, 0},
         {"", "", "", "1 b;'=", "t", "odd", -1, -1},
     };
@@ -25,7 +29,7 @@ TEST(PayoutCsv, TheFileByteForByte) {
         "-,\"a\rb\nc\",0.00000000,0,,,\"Grün, \"\"Wiese\"\"\",payout\r\n"
         "-,,-0.00000001,-1,1 b;'=,t,token,odd\r\n";
     EXPECT_EQ(payout_csv(rows, names), expected);
-    EXPECT_EQ(payout_csv_name(1'769'831'940), "bursaria-payouts-2026-01-31.csv");
+    EXPECT_EQ(payout_csv_name(unix), "bursaria-payouts-2026-01-31.csv");
 
     const TestHome home;
     home.write("/out.csv", expected + "longer than what comes");
