@@ -4,13 +4,33 @@
 #include <string>
 #include <vector>
 
-enum class ConsoleCommand { Connect, Unbind, Status, Tokens, Snapshot, Preview, Pay };
+#include "records/payout_history.h"
+
+enum class ConsoleCommand {
+    Connect,
+    Unbind,
+    Status,
+    Tokens,
+    Snapshot,
+    Preview,
+    Pay,
+    History,
+    VaultList,
+    VaultSave,
+    VaultAdd,
+    VaultValue,
+    Note,
+};
 
 struct ConsoleRequest {
     ConsoleCommand command = ConsoleCommand::Status;
     std::string token;
     std::string amount;  // as typed in the window
     std::vector<std::string> excluded;
+    std::string name;                // of a vault or of a holder
+    std::vector<std::string> texts;  // addresses of a vault; a note, if one is to be written
+    std::size_t range = ALL_TIME;    // in HISTORY_RANGES
+    std::string csv_file;            // empty: no export
     bool yes = false;
     bool json = false;
 };

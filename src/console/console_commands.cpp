@@ -5,7 +5,9 @@
 
 #include "console/console_answers.h"
 #include "console/console_window.h"
+#include "console/record_commands.h"
 #include "core/round_controller.h"
+#include "records/vaults.h"
 
 namespace {
 
@@ -16,6 +18,7 @@ struct Console {
     ConsoleWindow window;
     Round round;
     MessageQueue& queue;
+    const AddressReader& read_address;
     std::map<unsigned, std::string> results;  // the text of each message that came
     bool run_stopped = false;
 };
@@ -158,6 +161,32 @@ ConsoleAnswer pay(Console& console, const ConsoleRequest& request) {
     return {true, "", text, pay_object(false, text)};
 }
 
+constexpr const char* NO_WALLET_FOR_VAULTS = "Connect a Clasp wallet first. Vaults are stored per wallet.";
+
+ConsoleAnswer vaults(Console& console, const ConsoleRequest& request) {
+    if (!console.round.wallet.is_connected()) return no_vaults(NO_WALLET_FOR_VAULTS);
+    return answer_vaults(request);
+}
+
+ConsoleAnswer vault_value(Console& console, const ConsoleRequest& request) {
+    if (!console.round.wallet.is_connected()) return no_vault_value(NO_WALLET_FOR_VAULTS);
+    const std::vector<Vault> all_vaults = load_vaults();
+    const std::size_t place = find_vault(all_vaults, request.name);
+    if (place == NO_VAULT) return no_vault_value("No vault is named \"" + request.name + "\".");
+    set_status(console.round, VAULT_LOOKING_UP, false);
+    VaultLookupResult result;
+    run_job(console, [&result, addresses = all_vaults[place].addresses, read = console.read_address] {
+        result = look_up_vault(addresses, read);
+    });
+    return answer_vault_value(result);
+}
+
+ConsoleAnswer note(Console& console, const ConsoleRequest& request) {
+    std::string result;
+    if (!take_snapshot(console, request, result)) return no_note(result);
+    return answer_note(request, console.round.state.board);
+}
+
 ConsoleAnswer run_command(Console& console, const ConsoleRequest& request) {
     switch (request.command) {
         case ConsoleCommand::Connect:
@@ -174,6 +203,16 @@ ConsoleAnswer run_command(Console& console, const ConsoleRequest& request) {
             return preview(console, request);
         case ConsoleCommand::Pay:
             return pay(console, request);
+        case ConsoleCommand::History:
+            return answer_history(request, {});
+        case ConsoleCommand::VaultList:
+        case ConsoleCommand::VaultSave:
+        case ConsoleCommand::VaultAdd:
+            return vaults(console, request);
+        case ConsoleCommand::VaultValue:
+            return vault_value(console, request);
+        case ConsoleCommand::Note:
+            return note(console, request);
     }
     return {};
 }
@@ -217,8 +256,8 @@ bool accept_request(const std::vector<std::string>& arguments, ConsoleStreams st
 }
 
 int run_console(const ConsoleRequest& request, const RoundWallet& wallet, MessageQueue& queue,
-                ConsoleStreams streams) {
-    Console console{ConsoleWindow(streams), Round(), queue, {}, false};
+                ConsoleStreams streams, const AddressReader& read_address) {
+    Console console{ConsoleWindow(streams), Round(), queue, read_address, {}, false};
     console.round.window = round_window_of(console.window);
     console.round.wallet = wallet;
     console.round.workers = queue.workers();

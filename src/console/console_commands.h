@@ -8,6 +8,8 @@
 #include "console/console_streams.h"
 #include "console/message_queue.h"
 #include "core/round_wallet.h"
+#include "program/vault_reader.h"
+#include "records/vault_lookup.h"
 
 inline constexpr int CONSOLE_SUCCESS = 0;
 inline constexpr int CONSOLE_FAILED = 1;
@@ -20,6 +22,6 @@ bool accept_request(const std::vector<std::string>& arguments, ConsoleStreams st
 
 // Runs the command and returns the exit status. The result goes to `streams.out`, progress and failures to
 // `streams.err`. Blocks until the command and the workers that it started have ended. `queue` carries the
-// workers' messages; the log sink may post to it too.
+// workers' messages; the log sink may post to it too. `read_address` tells what a vault's addresses hold.
 int run_console(const ConsoleRequest& request, const RoundWallet& wallet, MessageQueue& queue,
-                ConsoleStreams streams);
+                ConsoleStreams streams, const AddressReader& read_address = read_address_coins);

@@ -9,6 +9,10 @@ using Arguments = std::vector<std::string>;
 std::string read_back(const ConsoleRequest& request) {
     std::string text =
         std::to_string(static_cast<int>(request.command)) + " " + request.token + " " + request.amount;
+    text += request.name.empty() ? "" : " " + request.name + ":";
+    for (const std::string& one : request.texts) text += " " + one;
+    if (request.range != ALL_TIME) text += std::string(" ") + HISTORY_RANGES[request.range].word;
+    if (!request.csv_file.empty()) text += " >" + request.csv_file;
     for (const std::string& who : request.excluded) text += " -" + who;
     return text + (request.yes ? " yes" : "") + (request.json ? " json" : "");
 }
@@ -27,6 +31,14 @@ TEST(ConsoleArguments, WhatIsAccepted) {
         {{"preview", "--exclude", "a", "T", "--exclude", "--json", "0.5"}, "5 T 0.5 -a ---json"},
         {{"pay", "T", "-1", "--yes"}, "6 T -1 yes"},
         {{"pay", "T", "", "--exclude", "", "--json"}, "6 T  - json"},
+        {{"history"}, "7  "},
+        {{"history", "--range", "3m", "--token", "T", "--csv", "--f"}, "7 T  3m >--f"},
+        {{"vault", "list", "--json"}, "8   json"},
+        {{"vault", "save", "N", "--json", "1a", "1b"}, "9   N: 1a 1b json"},
+        {{"vault", "add", "value", "1a"}, "10   value: 1a"},
+        {{"vault", "value", "N"}, "11   N:"},
+        {{"note", "T", "a"}, "12 T  a:"},
+        {{"note", "T", "a", ""}, "12 T  a: "},
     };
     for (const auto& [arguments, expected] : cases) {
         ConsoleRequest request;
@@ -43,9 +55,19 @@ TEST(ConsoleArguments, WhatIsRefusedWithTheUsage) {
         {""},
         {"help"},
         {"--json"},
-        {"history"},
-        {"vault", "list"},
-        {"note", "T", "a"},
+        {"history", "T"},
+        {"history", "--range", "2d"},
+        {"history", "--range"},
+        {"history", "--token", ""},
+        {"history", "--csv", ""},
+        {"vault"},
+        {"vault list"},
+        {"vault", "list", "N"},
+        {"vault", "save", "N"},
+        {"vault", "add"},
+        {"vault", "value", "N", "1a"},
+        {"note", "T"},
+        {"note", "T", "a", "two", "words"},
         {"update"},
         {"Connect"},
         {"connect", "now"},

@@ -31,7 +31,7 @@ Outcome run_program(const std::string& arguments) {
 
 TEST(ConsoleProgram, WrongUsageTouchesNoFile) {
     const TestHome home;
-    for (const char* arguments : {"", "history", "snapshot", "pay a 1"}) {
+    for (const char* arguments : {"", "history now", "snapshot", "pay a 1"}) {
         const Outcome outcome = run_program(arguments);
         EXPECT_EQ(outcome.exit_status, 2) << arguments;
         EXPECT_NE(outcome.out.find("usage: bursaria-console "), std::string::npos);
