@@ -55,13 +55,6 @@ bool is_success(std::string_view result) {
     return result.starts_with("success");
 }
 
-// The text says of this very transaction that a node has it, or keeps it until its parent comes.
-bool is_held_by_network(std::string_view text) {
-    const std::string lower = ascii_lower(text);
-    return contains(lower, "txn-already-in-mempool") || contains(lower, "txn-already-known") ||
-           contains(lower, "seen_in_orphan");
-}
-
 void note_spend(std::int64_t sats, std::int64_t fee) {
     if (g_terminal_probe ? g_terminal_probe() : stdout_is_terminal()) return;
     qv_clasp_emit_event("[QV-SPEND]", {std::to_string(sats)});
@@ -125,8 +118,8 @@ Outcome after_failed_broadcast(SendRun& run, const std::vector<QvClaspCoin>& cho
                                const std::string& result) {
     bool answered = false;
     if (Outcome known = settle_if_known(run, answered)) return known;
-    // Other coins would pay a second time if the network has this transaction or still takes it.
-    if (!answered || is_held_by_network(result)) return result;
+    // Without an answer nobody knows, and other coins might pay a second time.
+    if (!answered) return result;
     if (is_conflict_text(result)) {
         write_off_coins(chosen);
         qv_clasp_expire_cache();
