@@ -128,9 +128,9 @@ TEST(FeeEstimate, FollowsAChangeOfWalletAlsoInTheMiddleOfARead) {
             qv_clasp_wipe_session();
         };
         std::atomic<bool> changed{!in_the_middle};
-        net.on_request = [&](const std::string&) {
+        net.on_request([&](const std::string&) {
             if (!changed.exchange(true)) change_wallet();
-        };
+        });
         EXPECT_EQ(qv_clasp_estimate_send_fee(STRANGER, 1000), in_the_middle ? -2 : 23);
         if (!in_the_middle) change_wallet();
         EXPECT_EQ(qv_clasp_estimate_send_fee(STRANGER, 1000), 38);

@@ -37,7 +37,12 @@ Turn hangs_up(bool take) {
 PlayNetwork::PlayNetwork(const Json& wallet_document) {
     home_folder.use_settings(settings_on(plain_.base(), "localhost:" + std::to_string(tls_.port())));
     const auto handler = [this](const ScriptedRequest& request, ScriptedAnswer& given) {
-        if (on_request) on_request(request.path);
+        std::function<void(const std::string&)> action;
+        {
+            const std::lock_guard lock(mutex_);
+            action = on_request_;
+        }
+        if (action) action(request.path);
         given = answer(request);
         return true;
     };

@@ -48,8 +48,11 @@ class PlayNetwork {
     std::atomic<bool> lists_answer{true};
     std::atomic<bool> looks_answer{true};
 
-    // Called before each answer, on the server's thread; set it before the first request.
-    std::function<void(const std::string& path)> on_request;
+    // Calls this before each answer from now on, on the server's thread.
+    void on_request(std::function<void(const std::string& path)> action) {
+        const std::lock_guard lock(mutex_);
+        on_request_ = std::move(action);
+    }
 
     // Money for an address in outputs of these values. Returns the txid.
     std::string fund(const std::string& address, const std::vector<std::int64_t>& values);
@@ -84,6 +87,7 @@ class PlayNetwork {
     ScriptedAnswer address_list(const std::string& address, const std::string& rest);
 
     std::mutex mutex_;
+    std::function<void(const std::string& path)> on_request_;
     Target home_{{takes(R"({"ok":true})")}};
     Target woc_{{takes("\"TXID\"\n")}};
     Target arc_{{takes(R"({"txid":"TXID","txStatus":"SEEN_ON_NETWORK"})")}};

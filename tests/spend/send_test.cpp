@@ -342,12 +342,12 @@ TEST(Send, AWalletThatChangesMeanwhileStopsIt) {
         net.fund(sandbox::derive(words, "m/44'/236'/1'/0/0").address, {80'000});
         all_say(net, MISSING);
         std::atomic<bool> changed{false};
-        net.on_request = [&](const std::string& path) {
+        net.on_request([&](const std::string& path) {
             if (!path.starts_with(part) || changed.exchange(true)) return;
             const WalletLock lock = qv_clasp_lock_wallet();
             qv_clasp_set_active_wallet_id(other);
             qv_clasp_wipe_session();
-        };
+        });
         EXPECT_EQ(qv_clasp_send(STRANGER, 1000, ""), "error: wallet changed.") << part;
         EXPECT_EQ(net.posts("/woc/tx/raw"), part == "/api/txos/" ? 1U : 0U);
     }
