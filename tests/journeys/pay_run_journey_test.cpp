@@ -26,7 +26,9 @@ struct DrivenRound {
 
     void finish() {
         while (round.state.busy || *round.status_worker_runs != 0) {
-            const std::unique_ptr<RoundMessage> message = queue.wait();
+            // A status worker posts first and ends a moment later.
+            const std::unique_ptr<RoundMessage> message = queue.wait(20);
+            if (!message) continue;
             if (message->number == WM_APP_PAY) stopped = message->stopped;
             on_message(round, *message);
         }
