@@ -25,7 +25,13 @@ if(NOT BURSARIA_SANITIZE STREQUAL "")
 else()
     target_compile_options(bursaria_options INTERFACE -fstack-protector-strong)
     target_compile_definitions(bursaria_options INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
-    if(NOT WIN32)
+    if(WIN32)
+        # One file without libraries beside it, placed anew at every start; the stack guard is a library here.
+        target_compile_definitions(bursaria_options INTERFACE
+            UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00 WINVER=0x0A00)
+        target_link_options(bursaria_options INTERFACE
+            -static -fstack-protector-strong -Wl,--dynamicbase,--nxcompat,--high-entropy-va)
+    else()
         set(CMAKE_POSITION_INDEPENDENT_CODE ON)
         target_link_options(bursaria_options INTERFACE -pie -Wl,-z,relro,-z,now)
     endif()

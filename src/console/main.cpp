@@ -3,7 +3,7 @@
 
 #include "clasp/qv_clasp_wallet.h"
 #include "console/console_commands.h"
-#include "console/wallet_calls.h"
+#include "program/wallet_calls.h"
 #include "core/round_controller.h"
 #include "platform/program.h"
 

@@ -59,7 +59,11 @@ void set_target(Transfer& transfer, const std::string& url) {
     transfer.set(CURLOPT_PROTOCOLS_STR, "http,https");
     transfer.set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
     const std::string& ca_file = settings().tls_ca_file;
-    if (!ca_file.empty()) transfer.set(CURLOPT_CAINFO, ca_file.c_str());
+    if (!ca_file.empty())
+        transfer.set(CURLOPT_CAINFO, ca_file.c_str());
+    else
+        // Windows keeps its authorities in a store of its own, which OpenSSL does not read by itself.
+        transfer.set(CURLOPT_SSL_OPTIONS, static_cast<long>(CURLSSLOPT_NATIVE_CA));
 }
 
 void set_sink(Transfer& transfer, std::string& body) {

@@ -1,4 +1,4 @@
-#include "console/wallet_calls.h"
+#include "program/wallet_calls.h"
 
 #include "clasp/qv_clasp_wallet.h"
 

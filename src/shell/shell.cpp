@@ -1,0 +1,27 @@
+#include "shell/shell.h"
+
+#include <string>
+#include <thread>
+
+void apply_theme(Shell& shell, std::size_t index) {
+    choose_palette(shell.theme, index);
+    for (HWND window : {shell.main.load(), shell.history, shell.settings, shell.message, shell.vault})
+        restyle_window(window, shell.theme.palette());
+    shell.ui.theme = theme_name(shell.theme.index);
+    save_settings(shell.ui);
+}
+
+RoundWorkers shell_workers(Shell& shell) {
+    RoundWorkers workers;
+    workers.start_worker = [](std::function<void()> job) { std::thread(std::move(job)).detach(); };
+    workers.post = [&shell](std::unique_ptr<RoundMessage> message) {
+        HWND window = shell.main.load();
+        if (window == nullptr) return false;
+        const LPARAM result = reinterpret_cast<LPARAM>(message.get());
+        if (!PostMessageW(window, message->number, 0, result)) return false;
+        // The window's procedure owns it now.
+        static_cast<void>(message.release());
+        return true;
+    };
+    return workers;
+}
