@@ -151,12 +151,8 @@ void fill_box(HDC dc, const RECT& area, Colour colour) {
 }
 
 void draw_band(HDC dc, int width, int height, Picture* banner, Colour band) {
-    int drawn = 0;
-    if (banner != nullptr) {
-        drawn = std::min(width, scaled_width(*banner->bitmap, height));
-        draw_banner_at(dc, 0, 0, height, *banner->bitmap);
-    }
-    if (drawn < width) fill_box(dc, {drawn, 0, width, height}, band);
+    fill_box(dc, {0, 0, width, height}, band);
+    if (banner != nullptr) draw_banner_at(dc, 0, 0, height, *banner->bitmap);
 }
 
 void draw_band_part(HDC dc, const RECT& part, int band_height, Picture* banner) {
@@ -164,8 +160,8 @@ void draw_band_part(HDC dc, const RECT& part, int band_height, Picture* banner) 
 }
 
 void draw_button_body(HDC dc, const RECT& area, const ButtonLook& look) {
-    const GdiOwner<HRGN> region(
-        CreateRoundRectRgn(area.left, area.top, area.right + 1, area.bottom + 1, 2 * look.radius, 2 * look.radius));
+    const GdiOwner<HRGN> region(CreateRoundRectRgn(area.left, area.top, area.right + 1, area.bottom + 1,
+                                                   2 * look.radius, 2 * look.radius));
     const int height = area.bottom - area.top;
     SaveDC(dc);
     SelectClipRgn(dc, region.get());

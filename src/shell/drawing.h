@@ -17,7 +17,7 @@ PictureOwner load_picture(HINSTANCE instance, int resource);
 
 void fill_box(HDC dc, const RECT& area, Colour colour);
 
-// The banner at the top left, scaled to the band's height, the band colour to its right.
+// The banner at the top left, scaled to the band's height, on the band colour, which shows where it ends.
 void draw_band(HDC dc, int width, int height, Picture* banner, Colour band);
 // What the band shows of the banner under `part` (in the band's own pixels), drawn at the origin of `dc`.
 void draw_band_part(HDC dc, const RECT& part, int band_height, Picture* banner);

@@ -36,6 +36,6 @@ MessageLayout layout_message_window(int width, int height, std::size_t link_coun
     return layout;
 }
 
-int message_window_height(std::size_t link_count) {
-    return std::max(static_cast<int>(std::min(link_count, MOST_LINKS)) * 22 + 480, 420);
+int message_window_height(std::size_t transaction_count) {
+    return std::max(static_cast<int>(transaction_count) * 22 + 480, 420);
 }

@@ -32,4 +32,5 @@ struct MessageLayout {
 };
 
 MessageLayout layout_message_window(int width, int height, std::size_t link_count, bool confirm);
-int message_window_height(std::size_t link_count);
+// Counts every transaction, also those without a link; the system keeps it to the screen.
+int message_window_height(std::size_t transaction_count);
