@@ -28,6 +28,10 @@ struct ServiceReply {
     bool hang_up = false;  // close the connection without an answer
 };
 
+// Has the HTTP library serve one request on a thread that is joined before this returns, once a process. The
+// library fills tables of its own at the first request; filled by then, no thread finds another at it.
+void prepare_http_library();
+
 // Called on many threads at once.
 using ServiceHandler = std::function<ServiceReply(const ServiceRequest&)>;
 

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "base/text.h"
+#include "sandbox/service_server.h"
 
 struct ScriptedServer::Body {
     std::unique_ptr<httplib::Server> server;
@@ -56,6 +57,7 @@ struct ScriptedServer::Body {
 };
 
 ScriptedServer::ScriptedServer(Transport transport) : body_(std::make_unique<Body>()) {
+    sandbox::prepare_http_library();
     body_->tls = transport == Transport::Tls;
     if (body_->tls) {
         const std::string folder = BURSARIA_SANDBOX_TLS;
