@@ -11,7 +11,7 @@ static std::string environment(const char* name) {
     return value ? value : "";
 }
 
-// The first of the hints that is set. XDG_DATA_HOME counts only with an absolute path, as its specification
+// The first of the hints that is set. XDG_DATA_HOME counts only with an absolute path, as its authors
 // says.
 static std::string per_user_folder() {
     const std::string local = environment("LOCALAPPDATA");
