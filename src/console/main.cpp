@@ -3,9 +3,9 @@
 
 #include "clasp/qv_clasp_wallet.h"
 #include "console/console_commands.h"
-#include "program/wallet_calls.h"
 #include "core/round_controller.h"
 #include "platform/program.h"
+#include "program/wallet_calls.h"
 
 int main(int count, char** values) {
     const std::vector<std::string> arguments(values + (count > 0 ? 1 : 0), values + count);

@@ -42,8 +42,8 @@ void ask_remote(const std::string& owner, Identity& identity) {
     std::string pay_address;
     std::string kind;
     const bool named = qv_clasp_lookup_holder(owner, alias, pubkey, pay_address, kind);
-    // An address that the host knows as a token's is one also where it has no name for it: BSV sent there might not
-    // be found again.
+    // An address that the host knows as a token's is one also where it has no name for it: BSV sent there
+    // might not be found again.
     if (kind == "ordinal" || kind == "bn") identity.token_address = true;
     if (!named) return;
     fill(identity.alias, alias);

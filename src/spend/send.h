@@ -14,7 +14,8 @@ std::string qv_clasp_send(const std::string& dest, std::int64_t sats, const std:
 bool is_conflict_text(std::string_view text);
 
 // After a success the library reports the payment and the balance it leaves through the event sink, but only
-// where the process's standard output is no terminal. For tests: replaces that question; nullptr puts it back.
+// where the process's standard output is no terminal. For tests: replaces that question; nullptr puts it
+// back.
 void set_terminal_probe(bool (*is_terminal)());
 
 // The miner fee of one such send as things stand now, the same as building it would give; it sends nothing.

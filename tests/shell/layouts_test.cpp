@@ -15,7 +15,6 @@ Box box_of(const MainLayout& layout, int id) {
     return found == layout.controls.end() ? Box{} : found->box;
 }
 
-
 }  // namespace
 
 TEST(MainLayout, PlacesEachControlInAWindowOfTheFirstSize) {

@@ -11,8 +11,8 @@ static std::string environment(const char* name) {
     return value ? value : "";
 }
 
-// The first of the hints that is set. XDG_DATA_HOME counts only with an absolute path, as its authors
-// says.
+// The first of the hints that is set. XDG_DATA_HOME counts only with an absolute path, as the
+// rules of the desktop have it.
 static std::string per_user_folder() {
     const std::string local = environment("LOCALAPPDATA");
     if (!local.empty()) return local;

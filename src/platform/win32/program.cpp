@@ -33,7 +33,9 @@ bool start_program(const std::string& path, const std::string& working_folder) {
     return shell_open(path, working_folder);
 }
 
-bool open_page(const std::string& url) { return shell_open(url, ""); }
+bool open_page(const std::string& url) {
+    return shell_open(url, "");
+}
 
 bool stdout_is_terminal() {
     DWORD mode = 0;
