@@ -58,8 +58,12 @@ std::int64_t paid_total(const std::string& token_id) {
 }
 
 std::int64_t fees_total() {
+    return fees_of(read_payout_entries());
+}
+
+std::int64_t fees_of(const std::vector<PayoutEntry>& entries) {
     std::int64_t total = 0;
-    for (const PayoutEntry& entry : read_payout_entries()) {
+    for (const PayoutEntry& entry : entries) {
         if (entry.kind == APP_FEE_KIND) add_sats(total, entry.sats);
     }
     return total;

@@ -1,10 +1,12 @@
 #include "shell/board_list.h"
 
 #include <array>
+#include <iterator>
 
 #include "core/round_controller.h"
 #include "core/round_status.h"
 #include "shell/list_columns.h"
+#include "shell/note_window.h"
 #include "shell/shell_controls.h"
 
 namespace {
@@ -16,30 +18,37 @@ HWND board_of(const Shell& shell) {
     return GetDlgItem(shell.main.load(), CONTROL_BOARD);
 }
 
-int selected_row(HWND list) {
-    return ListView_GetNextItem(list, -1, LVNI_SELECTED);
+const std::string& board_cell(const BoardLine& line, std::size_t column) {
+    const std::string* const cells[] = {&line.holder, &line.lots, &line.pay_to, &line.role, &line.received};
+    static const std::string NOTHING;
+    return column < std::size(cells) ? *cells[column] : NOTHING;
+}
+
+ListRows rows_of(const Shell& shell) {
+    return {shell.board_lines.size(), [&lines = shell.board_lines](std::size_t row, std::size_t column) {
+                return board_cell(lines[row], column);
+            }};
 }
 
 void copy_selected_row(Shell& shell) {
-    HWND list = board_of(shell);
-    const int row = selected_row(list);
+    const int row = selected_list_row(board_of(shell));
     if (row < 0) return;
-    std::wstring line = list_cell(list, row, 0);
-    for (std::size_t column = 1; column < COLUMNS.size(); ++column)
-        line += L"\t" + list_cell(list, row, static_cast<int>(column));
-    copy_text(shell.main.load(), line);
+    copy_text(shell.main.load(), list_row_text(rows_of(shell), row, COLUMNS.size()));
     set_status(shell.round, "Copied row.", false);
 }
 
 void copy_cell(Shell& shell, const NMITEMACTIVATE& click) {
-    if (click.iItem < 0) return;
-    copy_text(shell.main.load(), list_cell(board_of(shell), click.iItem, click.iSubItem));
+    constexpr std::size_t MOST_CHARACTERS = 511;
+    if (click.iItem < 0 || static_cast<std::size_t>(click.iItem) >= shell.board_lines.size()) return;
+    const BoardLine& line = shell.board_lines[static_cast<std::size_t>(click.iItem)];
+    const std::wstring text = wide_text(board_cell(line, static_cast<std::size_t>(click.iSubItem)));
+    copy_text(shell.main.load(), text.substr(0, MOST_CHARACTERS));
     set_status(shell.round, "Copied cell. Ctrl+C copies the whole row.", false);
 }
 
 void show_menu(Shell& shell, const NMITEMACTIVATE& click) {
     RoundState& state = shell.round.state;
-    state.selected_row = click.iItem >= 0 ? click.iItem : selected_row(board_of(shell));
+    state.selected_row = click.iItem >= 0 ? click.iItem : selected_list_row(board_of(shell));
     if (state.selected_row < 0 || static_cast<std::size_t>(state.selected_row) >= state.board.rows.size())
         return;
     const auto row = static_cast<std::size_t>(state.selected_row);
@@ -70,18 +79,19 @@ LRESULT draw_row(const Shell& shell, NMLVCUSTOMDRAW& draw) {
     return CDRF_NEWFONT;
 }
 
-bool is_copy_key(const NMLVKEYDOWN& key) {
-    return key.wVKey == 'C' && (GetKeyState(VK_CONTROL) & 0x8000) != 0;
-}
-
 }  // namespace
 
 HWND create_board_list(const Shell& shell, HWND parent) {
-    return create_report_list(shell, parent, CONTROL_BOARD, {16, 250, 724, 200}, COLUMNS.data(),
-                              COLUMNS.size());
+    return create_report_list(shell, parent, CONTROL_BOARD, {16, 250, 724, 200}, COLUMNS);
+}
+
+void fill_board_list(Shell& shell, const std::vector<BoardLine>& lines) {
+    shell.board_lines = lines;
+    if (HWND list = board_of(shell)) show_list_rows(list, lines.size());
 }
 
 LRESULT on_board_notify(Shell& shell, LPARAM notification) {
+    if (const auto answer = answer_list_request(notification, rows_of(shell))) return *answer;
     switch (reinterpret_cast<const NMHDR*>(notification)->code) {
         case NM_CUSTOMDRAW:
             return draw_row(shell, *reinterpret_cast<NMLVCUSTOMDRAW*>(notification));
@@ -112,7 +122,7 @@ bool on_board_command(Shell& shell, int id) {
             copy_selected_row(shell);
             return true;
         case COMMAND_NOTE:
-            set_status(shell.round, "Note comes with the next version.", false);
+            open_note_window(shell, row);
             return true;
         default:
             return false;

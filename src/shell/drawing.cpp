@@ -124,10 +124,29 @@ class Selected {
     HGDIOBJ before_;
 };
 
+void draw_outline(HDC dc, const RECT& area, int radius, Colour colour) {
+    const GdiOwner<HPEN> pen(CreatePen(PS_SOLID, 1, color_ref(colour)));
+    const Selected pen_in_use(dc, pen.get());
+    const Selected hollow(dc, GetStockObject(NULL_BRUSH));
+    RoundRect(dc, area.left, area.top, area.right, area.bottom, 2 * radius, 2 * radius);
+}
+
 }  // namespace
 
 void PictureDeleter::operator()(Picture* picture) const {
     delete picture;
+}
+
+void draw_aside(HDC dc, const RECT& place, const std::function<void(HDC aside, const RECT& area)>& draw) {
+    const RECT area{0, 0, place.right - place.left, place.bottom - place.top};
+    HDC aside = CreateCompatibleDC(dc);
+    {
+        const GdiOwner<HBITMAP> bitmap(CreateCompatibleBitmap(dc, area.right, area.bottom));
+        const Selected bitmap_in_use(aside, bitmap.get());
+        draw(aside, area);
+        BitBlt(dc, place.left, place.top, area.right, area.bottom, aside, 0, 0, SRCCOPY);
+    }
+    DeleteDC(aside);
 }
 
 PictureOwner load_picture(HINSTANCE instance, int resource) {
@@ -171,10 +190,13 @@ void draw_button_body(HDC dc, const RECT& area, const ButtonLook& look) {
                  blend_colours(look.top, look.bottom, mix));
     }
     RestoreDC(dc, -1);
-    const GdiOwner<HPEN> pen(CreatePen(PS_SOLID, 1, color_ref(look.outline)));
-    const Selected pen_in_use(dc, pen.get());
-    const Selected hollow(dc, GetStockObject(NULL_BRUSH));
-    RoundRect(dc, area.left, area.top, area.right, area.bottom, 2 * look.radius, 2 * look.radius);
+    draw_outline(dc, area, look.radius, look.outline);
+}
+
+void draw_focus_ring(HDC dc, const RECT& area, const ButtonLook& look, Colour colour) {
+    constexpr int INSET = 3;
+    draw_outline(dc, {area.left + INSET, area.top + INSET, area.right - INSET, area.bottom - INSET},
+                 look.radius - INSET, colour);
 }
 
 void draw_glyph(HDC dc, int control, int x, int y) {
@@ -250,6 +272,12 @@ void draw_line(HDC dc, int x1, int y1, int x2, int y2, Colour colour) {
     const Selected pen_in_use(dc, pen.get());
     MoveToEx(dc, x1, y1, nullptr);
     LineTo(dc, x2, y2);
+}
+
+void draw_polyline(HDC dc, const std::vector<POINT>& points, int width, Colour colour) {
+    const GdiOwner<HPEN> pen(CreatePen(PS_SOLID, width, color_ref(colour)));
+    const Selected pen_in_use(dc, pen.get());
+    Polyline(dc, points.data(), static_cast<int>(points.size()));
 }
 
 void draw_text(HDC dc, std::wstring_view text, RECT area, HFONT font, Colour colour, UINT format) {

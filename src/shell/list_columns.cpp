@@ -1,5 +1,7 @@
 #include "shell/list_columns.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr UINT_PTR SUBCLASS = 2;
@@ -46,6 +48,35 @@ LRESULT on_header_draw(const Shell& shell, const NMCUSTOMDRAW& draw) {
     }
 }
 
+void give_cell(LVITEMW& item, const ListRows& rows) {
+    if ((item.mask & LVIF_TEXT) == 0 || item.pszText == nullptr || item.cchTextMax <= 0) return;
+    std::wstring text;
+    if (item.iItem >= 0 && static_cast<std::size_t>(item.iItem) < rows.count && item.iSubItem >= 0)
+        text = wide_text(
+            rows.cell(static_cast<std::size_t>(item.iItem), static_cast<std::size_t>(item.iSubItem)));
+    const auto room = static_cast<std::size_t>(item.cchTextMax) - 1;
+    const std::size_t length = text.copy(item.pszText, room);
+    item.pszText[length] = L'\0';
+}
+
+bool begins_with(const std::wstring& text, std::wstring_view typed) {
+    return text.size() >= typed.size() &&
+           CompareStringOrdinal(text.data(), static_cast<int>(typed.size()), typed.data(),
+                                static_cast<int>(typed.size()), TRUE) == CSTR_EQUAL;
+}
+
+// From where the list asks, around its end and back.
+LRESULT find_row(const NMLVFINDITEMW& wanted, const ListRows& rows) {
+    if ((wanted.lvfi.flags & (LVFI_STRING | LVFI_PARTIAL)) == 0 || wanted.lvfi.psz == nullptr) return -1;
+    const std::wstring_view typed = wanted.lvfi.psz;
+    const auto start = static_cast<std::size_t>(std::max(wanted.iStart, 0));
+    for (std::size_t i = 0; i < rows.count; ++i) {
+        const std::size_t row = (start + i) % rows.count;
+        if (begins_with(wide_text(rows.cell(row, 0)), typed)) return static_cast<LRESULT>(row);
+    }
+    return -1;
+}
+
 LRESULT CALLBACK list_procedure(HWND list, UINT message, WPARAM first, LPARAM second, UINT_PTR,
                                 DWORD_PTR shell) {
     if (message == WM_NOTIFY) {
@@ -60,16 +91,16 @@ LRESULT CALLBACK list_procedure(HWND list, UINT message, WPARAM first, LPARAM se
 
 }  // namespace
 
-HWND create_report_list(const Shell& shell, HWND parent, int id, const Box& box, const ListColumn* columns,
-                        std::size_t count) {
-    HWND list = CreateWindowExW(
-        0, WC_LISTVIEWW, L"",
-        WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_BORDER | LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS,
-        box.x, box.y, box.width, box.height, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
-        shell.instance, nullptr);
+HWND create_report_list(const Shell& shell, HWND parent, int id, const Box& box,
+                        std::span<const ListColumn> columns) {
+    HWND list = CreateWindowExW(0, WC_LISTVIEWW, L"",
+                                WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_BORDER | LVS_REPORT | LVS_SINGLESEL |
+                                    LVS_SHOWSELALWAYS | LVS_OWNERDATA,
+                                box.x, box.y, box.width, box.height, parent,
+                                reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), shell.instance, nullptr);
     SetWindowSubclass(list, list_procedure, SUBCLASS, reinterpret_cast<DWORD_PTR>(&shell));
     ListView_SetExtendedListViewStyle(list, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < columns.size(); ++i) {
         std::wstring title = columns[i].title;
         LVCOLUMNW column{};
         column.mask = LVCF_TEXT | LVCF_WIDTH;
@@ -82,24 +113,43 @@ HWND create_report_list(const Shell& shell, HWND parent, int id, const Box& box,
     return list;
 }
 
-void set_list_cell(HWND list, int row, int column, std::string_view utf8) {
-    std::wstring text = wide_text(utf8);
-    LVITEMW item{};
-    item.mask = LVIF_TEXT;
-    item.iItem = row;
-    item.iSubItem = column;
-    item.pszText = text.data();
-    SendMessageW(list, column == 0 ? LVM_INSERTITEMW : LVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+void set_column_widths(HWND list, std::span<const int> widths) {
+    for (std::size_t i = 0; i < widths.size(); ++i)
+        ListView_SetColumnWidth(list, static_cast<int>(i), widths[i]);
 }
 
-std::wstring list_cell(HWND list, int row, int column) {
-    constexpr int MOST_CHARACTERS = 511;
-    std::wstring text(MOST_CHARACTERS + 1, L'\0');
-    LVITEMW item{};
-    item.iSubItem = column;
-    item.pszText = text.data();
-    item.cchTextMax = MOST_CHARACTERS + 1;
-    text.resize(static_cast<std::size_t>(
-        SendMessageW(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item))));
-    return text;
+void show_list_rows(HWND list, std::size_t count) {
+    const bool as_many = static_cast<std::size_t>(ListView_GetItemCount(list)) == count;
+    ListView_SetItemState(list, -1, 0, LVIS_SELECTED | LVIS_FOCUSED);
+    if (!as_many) ListView_DeleteAllItems(list);
+    ListView_SetItemCountEx(list, static_cast<int>(count), as_many ? LVSICF_NOSCROLL : 0);
+    InvalidateRect(list, nullptr, FALSE);
+}
+
+std::optional<LRESULT> answer_list_request(LPARAM notification, const ListRows& rows) {
+    switch (reinterpret_cast<const NMHDR*>(notification)->code) {
+        case LVN_GETDISPINFOW:
+            give_cell(reinterpret_cast<NMLVDISPINFOW*>(notification)->item, rows);
+            return 0;
+        case LVN_ODFINDITEMW:
+            return find_row(*reinterpret_cast<const NMLVFINDITEMW*>(notification), rows);
+        default:
+            return std::nullopt;
+    }
+}
+
+int selected_list_row(HWND list) {
+    return ListView_GetNextItem(list, -1, LVNI_SELECTED);
+}
+
+bool is_copy_key(const NMLVKEYDOWN& key) {
+    return key.wVKey == 'C' && (GetKeyState(VK_CONTROL) & 0x8000) != 0;
+}
+
+std::wstring list_row_text(const ListRows& rows, int row, std::size_t columns) {
+    std::string line;
+    if (row < 0 || static_cast<std::size_t>(row) >= rows.count) return L"";
+    for (std::size_t column = 0; column < columns; ++column)
+        line += (column == 0 ? "" : "\t") + rows.cell(static_cast<std::size_t>(row), column);
+    return wide_text(line);
 }

@@ -30,17 +30,10 @@ void load_icons(Shell& shell) {
     shell.small_icon = load(16, LR_DEFAULTCOLOR);
 }
 
-// The first window that takes the message as a dialog's ends its turn.
-bool is_dialog_message(const Shell& shell, MSG& message) {
-    for (HWND window : {shell.history, shell.settings, shell.message, shell.vault})
-        if (window != nullptr && IsDialogMessageW(window, &message)) return true;
-    return false;
-}
-
 int run_message_loop(const Shell& shell) {
     MSG message{};
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
-        if (is_dialog_message(shell, message)) continue;
+        if (offer_dialog_keys(shell, message)) continue;
         TranslateMessage(&message);
         DispatchMessageW(&message);
     }

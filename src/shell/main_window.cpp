@@ -7,63 +7,52 @@
 #include "core/round_status.h"
 #include "platform/program.h"
 #include "shell/board_list.h"
+#include "shell/child_controls.h"
+#include "shell/history_window.h"
+#include "shell/list_columns.h"
 #include "shell/main_layout.h"
 #include "shell/message_window.h"
 #include "shell/page_version.h"
-#include "shell/painted_button.h"
+#include "shell/screen_reader.h"
 #include "shell/settings_window.h"
 #include "shell/shell_controls.h"
 #include "shell/shell_texts.h"
 #include "shell/update_check.h"
+#include "shell/vault_window.h"
 #include "shell/window_class.h"
 
 namespace {
 
-enum class Kind { Button, Label, Drop, Edit, Board };
-
-struct ControlPlan {
-    int id;
-    Kind kind;
-    const char* text;
-    Box box;
-    DWORD style;
+constexpr ChildPlan BUTTONS_AND_LABELS[] = {
+    {CONTROL_CONNECT, ChildKind::Button, "Connect", 0, {520, 22, 110, 34}},
+    {CONTROL_UNBIND, ChildKind::Button, "Unbind", 0, {640, 22, 100, 34}},
+    {CONTROL_SETTINGS, ChildKind::Button, "", 0, {750, 20, 40, 40}},
+    {CONTROL_SNAPSHOT, ChildKind::Button, "Snapshot", 0, {0, 0, 180, 76}},
+    {CONTROL_PREVIEW, ChildKind::Button, "Preview", 0, {0, 0, 180, 76}},
+    {CONTROL_PAY, ChildKind::Button, "Pay", 0, {0, 0, 180, 76}},
+    {CONTROL_HISTORY, ChildKind::Button, "History", 0, {0, 0, 180, 76}},
+    {CONTROL_VAULT, ChildKind::Button, "Vault", 0, {0, 0, 180, 76}},
+    {CONTROL_WALLET_LABEL, ChildKind::Label, "not connected", SS_ENDELLIPSIS, {16, 96, 240, 26}},
+    {CONTROL_WALLET_BALANCE, ChildKind::Label, "-", SS_ENDELLIPSIS, {16, 140, 240, 26}},
+    {CONTROL_TOKEN_LABEL, ChildKind::Label, "Token", 0, {16, 128, 64, 22}},
+    {CONTROL_TOKEN_BOX, ChildKind::Drop, "", 0, {16, 148, 430, 220}},
+    {CONTROL_LOAD_TOKENS, ChildKind::Button, "Load tokens", 0, {456, 146, 130, 34}},
+    {CONTROL_ORIGIN_LABEL, ChildKind::Label, "Origin", 0, {16, 190, 64, 22}},
+    {CONTROL_ORIGIN, ChildKind::Edit, "", 0, {16, 210, 724, 28}},
 };
-
-constexpr DWORD ONE_LINE_LABEL = SS_NOPREFIX | SS_LEFT;
-constexpr DWORD CUT_LABEL = SS_NOPREFIX | SS_ENDELLIPSIS;
-
-constexpr std::array<ControlPlan, 22> CONTROLS = {{
-    {CONTROL_CONNECT, Kind::Button, "Connect", {520, 22, 110, 34}, 0},
-    {CONTROL_UNBIND, Kind::Button, "Unbind", {640, 22, 100, 34}, 0},
-    {CONTROL_SETTINGS, Kind::Button, "", {750, 20, 40, 40}, 0},
-    {CONTROL_SNAPSHOT, Kind::Button, "Snapshot", {0, 0, 180, 76}, 0},
-    {CONTROL_PREVIEW, Kind::Button, "Preview", {0, 0, 180, 76}, 0},
-    {CONTROL_PAY, Kind::Button, "Pay", {0, 0, 180, 76}, 0},
-    {CONTROL_HISTORY, Kind::Button, "History", {0, 0, 180, 76}, 0},
-    {CONTROL_VAULT, Kind::Button, "Vault", {0, 0, 180, 76}, 0},
-    {CONTROL_WALLET_LABEL, Kind::Label, "not connected", {16, 96, 240, 26}, CUT_LABEL},
-    {CONTROL_WALLET_BALANCE, Kind::Label, "-", {16, 140, 240, 26}, CUT_LABEL},
-    {CONTROL_TOKEN_LABEL, Kind::Label, "Token", {16, 128, 64, 22}, ONE_LINE_LABEL},
-    {CONTROL_TOKEN_BOX, Kind::Drop, "", {16, 148, 430, 220}, CBS_DROPDOWNLIST | WS_VSCROLL | WS_TABSTOP},
-    {CONTROL_LOAD_TOKENS, Kind::Button, "Load tokens", {456, 146, 130, 34}, 0},
-    {CONTROL_ORIGIN_LABEL, Kind::Label, "Origin", {16, 190, 64, 22}, ONE_LINE_LABEL},
-    {CONTROL_ORIGIN, Kind::Edit, "", {16, 210, 724, 28}, ES_AUTOHSCROLL | WS_TABSTOP},
-    {CONTROL_BOARD, Kind::Board, "", {}, 0},
-    {CONTROL_SUMMARY,
-     Kind::Label,
-     "Snapshot a token you hold or minted.",
-     {16, 458, 724, 108},
-     ONE_LINE_LABEL},
-    {CONTROL_AMOUNT_LABEL, Kind::Label, "Pay Dividends (BSV)", {16, 522, 220, 20}, ONE_LINE_LABEL},
-    {CONTROL_AMOUNT, Kind::Edit, "", {16, 542, 180, 28}, ES_AUTOHSCROLL | WS_TABSTOP},
+// Between them, in the order of the Tab key, stands the board.
+constexpr ChildPlan BELOW_THE_BOARD[] = {
+    {CONTROL_SUMMARY, ChildKind::Label, "Snapshot a token you hold or minted.", 0, {16, 458, 724, 108}},
+    {CONTROL_AMOUNT_LABEL, ChildKind::Label, "Pay Dividends (BSV)", 0, {16, 522, 220, 20}},
+    {CONTROL_AMOUNT, ChildKind::Edit, "", 0, {16, 542, 180, 28}},
     {CONTROL_STATUS,
-     Kind::Label,
+     ChildKind::Label,
      "Connect Clasp, pick a token, Snapshot, Preview, then Pay.",
-     {16, 586, 560, 22},
-     ONE_LINE_LABEL},
-    {CONTROL_VERSION, Kind::Label, "", {600, 586, 280, 22}, SS_NOPREFIX | SS_RIGHT | SS_NOTIFY},
-    {CONTROL_CLOSE, Kind::Button, "Close", {16, 630, 724, 36}, 0},
-}};
+     0,
+     {16, 586, 560, 22}},
+    {CONTROL_VERSION, ChildKind::Label, "", SS_RIGHT | SS_NOTIFY, {600, 586, 280, 22}},
+    {CONTROL_CLOSE, ChildKind::Button, "Close", 0, {16, 630, 724, 36}},
+};
 
 struct MainRecord {
     Shell& shell;
@@ -88,36 +77,18 @@ struct MainRecord {
     void on_destroy();
 
     HWND control(int id) const { return GetDlgItem(window, id); }
-    void create_control(const ControlPlan& plan);
     void start_update_worker();
 };
-
-void MainRecord::create_control(const ControlPlan& plan) {
-    if (plan.kind == Kind::Button) {
-        create_painted_button(shell, window, plan.id, plan.text, plan.box);
-        return;
-    }
-    if (plan.kind == Kind::Board) {
-        create_board_list(shell, window);
-        return;
-    }
-    const wchar_t* kinds[] = {WC_BUTTONW, WC_STATICW, WC_COMBOBOXW, WC_EDITW};
-    HWND made =
-        CreateWindowExW(plan.kind == Kind::Edit ? WS_EX_CLIENTEDGE : 0, kinds[static_cast<int>(plan.kind)],
-                        wide_text(plan.text).c_str(), WS_CHILD | WS_VISIBLE | plan.style, plan.box.x,
-                        plan.box.y, plan.box.width, plan.box.height, window,
-                        reinterpret_cast<HMENU>(static_cast<INT_PTR>(plan.id)), shell.instance, nullptr);
-    SendMessageW(made, WM_SETFONT, reinterpret_cast<WPARAM>(shell.theme.body_font.get()), TRUE);
-    if (plan.kind == Kind::Edit || plan.kind == Kind::Drop) strip_visual_style(made);
-    if (plan.kind == Kind::Drop) SendMessageW(made, CB_SETMINVISIBLE, 12, 0);
-}
 
 void MainRecord::on_create() {
     shell.main = window;
     choose_palette(shell.theme, shell.theme.index);
     make_fonts(shell.theme);
     apply_dark_frame(window, shell.theme.palette());
-    for (const ControlPlan& plan : CONTROLS) create_control(plan);
+    create_children(shell, window, BUTTONS_AND_LABELS);
+    create_board_list(shell, window);
+    create_children(shell, window, BELOW_THE_BOARD);
+    name_for_screen_readers(control(CONTROL_SETTINGS), L"Settings");
     EnableWindow(control(CONTROL_PAY), FALSE);
     on_size();
     on_window_created(shell.round);
@@ -138,10 +109,9 @@ void MainRecord::on_size() {
     const MainLayout layout = layout_main_window(size.cx, size.cy);
     if (layout.controls.empty()) return;
     for (const PlacedControl& placed : layout.controls) move_window(control(placed.id), placed.box);
-    for (const int id : {CONTROL_SETTINGS, CONTROL_CONNECT, CONTROL_UNBIND})
+    for (const int id : {CONTROL_UNBIND, CONTROL_CONNECT, CONTROL_SETTINGS})
         SetWindowPos(control(id), HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
-    for (std::size_t i = 0; i < layout.columns.size(); ++i)
-        ListView_SetColumnWidth(control(CONTROL_BOARD), static_cast<int>(i), layout.columns[i]);
+    set_column_widths(control(CONTROL_BOARD), layout.columns);
     InvalidateRect(window, nullptr, TRUE);
 }
 
@@ -190,9 +160,9 @@ void MainRecord::on_button(int id) {
         case CONTROL_SETTINGS:
             return open_settings_window(shell);
         case CONTROL_HISTORY:
-            return set_status(round, "History comes with the next version.", false);
+            return open_history_window(shell);
         case CONTROL_VAULT:
-            return set_status(round, "Vault comes with the next version.", false);
+            return open_vault_window(shell);
         case CONTROL_VERSION:
             return on_version_clicked();
         case CONTROL_CLOSE:
@@ -298,9 +268,6 @@ LRESULT MainRecord::on_message(UINT number, WPARAM first, LPARAM second) {
         case WM_PAINT:
             on_paint();
             return 0;
-        case WM_DRAWITEM:
-            draw_painted_button(shell, *reinterpret_cast<const DRAWITEMSTRUCT*>(second));
-            return TRUE;
         case WM_COMMAND:
             on_command(LOWORD(first), HIWORD(first));
             return 0;
@@ -313,9 +280,6 @@ LRESULT MainRecord::on_message(UINT number, WPARAM first, LPARAM second) {
         case WM_SETCURSOR:
             if (on_cursor(reinterpret_cast<HWND>(first))) return TRUE;
             break;
-        case WM_CTLCOLOREDIT:
-        case WM_CTLCOLORLISTBOX:
-            return panel_colours(shell.theme, reinterpret_cast<HDC>(first));
         case WM_CTLCOLORSTATIC:
             return on_static_colours(reinterpret_cast<HDC>(first), reinterpret_cast<HWND>(second));
         case WM_APP_UPDATE:
@@ -331,6 +295,7 @@ LRESULT MainRecord::on_message(UINT number, WPARAM first, LPARAM second) {
             }
             break;
     }
+    if (const auto answer = answer_look_message(shell, window, number, first, second)) return *answer;
     return DefWindowProcW(window, number, first, second);
 }
 

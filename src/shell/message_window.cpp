@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "platform/program.h"
-#include "shell/painted_button.h"
+#include "shell/child_controls.h"
 #include "shell/shell_texts.h"
 #include "shell/window_class.h"
 #include "shell/window_layouts.h"
@@ -18,21 +18,13 @@ enum MessageControl : int {
     MESSAGE_FIRST_LINK = 1400,
 };
 constexpr const wchar_t* CLASS_NAME = L"QuorvelleBursariaNote";
-constexpr int EDIT_MARGIN = 8;
 
-struct MessageRecord {
-    Shell& shell;
+struct MessageRecord : WindowRecord {
     MessageWindow message;
     bool* confirmed;  // null without confirm mode
-    HWND window = nullptr;
 
     MessageRecord(Shell& of, MessageWindow shown, bool* answer)
-        : shell(of), message(std::move(shown)), confirmed(answer) {}
-    ~MessageRecord() {
-        if (shell.message == window) shell.message = nullptr;
-    }
-    MessageRecord(const MessageRecord&) = delete;
-    MessageRecord& operator=(const MessageRecord&) = delete;
+        : WindowRecord(of, of.message), message(std::move(shown)), confirmed(answer) {}
 
     std::size_t link_count() const { return std::min(message.txids.size(), MOST_LINKS); }
     LRESULT on_message(UINT number, WPARAM first, LPARAM second);
@@ -43,38 +35,37 @@ struct MessageRecord {
 
 void MessageRecord::on_create() {
     apply_dark_frame(window, shell.theme.palette());
-    HWND edit = CreateWindowExW(
-        WS_EX_CLIENTEDGE, WC_EDITW, with_edit_line_ends(message.text).c_str(),
-        WS_CHILD | WS_VISIBLE | WS_VSCROLL | WS_TABSTOP | ES_MULTILINE | ES_READONLY | ES_AUTOVSCROLL, 0, 0,
-        0, 0, window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(MESSAGE_TEXT)), shell.instance, nullptr);
-    SendMessageW(edit, WM_SETFONT, reinterpret_cast<WPARAM>(shell.theme.body_font.get()), TRUE);
-    SendMessageW(edit, EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, MAKELPARAM(EDIT_MARGIN, EDIT_MARGIN));
-    strip_visual_style(edit);
+    const auto add = [this](int id, ChildKind kind, const std::string& text, DWORD style = 0) {
+        return create_child(shell, window, {id, kind, text.c_str(), style});
+    };
+    HWND text = add(MESSAGE_TEXT, ChildKind::Text, "", ES_READONLY);
+    SetWindowTextW(text, with_edit_line_ends(message.text).c_str());
     for (std::size_t i = 0; i < link_count(); ++i)
-        create_painted_button(shell, window, MESSAGE_FIRST_LINK + static_cast<int>(i),
-                              "WhatsOnChain  " + message.txids[i], {});
-    create_painted_button(shell, window, MESSAGE_COPY, "Copy", {});
+        add(MESSAGE_FIRST_LINK + static_cast<int>(i), ChildKind::Button, "WhatsOnChain  " + message.txids[i]);
+    add(MESSAGE_COPY, ChildKind::Button, "Copy");
     if (confirmed != nullptr)
-        create_painted_button(shell, window, MESSAGE_PRIMARY,
-                              message.primary_label.empty() ? "Pay" : message.primary_label, {});
-    create_painted_button(shell, window, MESSAGE_CLOSE, confirmed != nullptr ? "Cancel" : "Close", {});
+        add(MESSAGE_PRIMARY, ChildKind::Button,
+            message.primary_label.empty() ? "Pay" : message.primary_label);
+    add(MESSAGE_CLOSE, ChildKind::Button, confirmed != nullptr ? "Cancel" : "Close");
     on_size();
 }
 
 void MessageRecord::on_size() {
     const SIZE size = client_size(window);
     const MessageLayout layout = layout_message_window(size.cx, size.cy, link_count(), confirmed != nullptr);
-    move_window(GetDlgItem(window, MESSAGE_TEXT), layout.text);
+    move_window(control(MESSAGE_TEXT), layout.text);
     for (std::size_t i = 0; i < link_count(); ++i)
-        move_window(GetDlgItem(window, MESSAGE_FIRST_LINK + static_cast<int>(i)), layout.links[i]);
-    move_window(GetDlgItem(window, MESSAGE_COPY), layout.copy);
-    move_window(GetDlgItem(window, MESSAGE_CLOSE), layout.close);
-    if (HWND primary = GetDlgItem(window, MESSAGE_PRIMARY)) move_window(primary, layout.primary);
+        move_window(control(MESSAGE_FIRST_LINK + static_cast<int>(i)), layout.links[i]);
+    move_window(control(MESSAGE_COPY), layout.copy);
+    move_window(control(MESSAGE_CLOSE), layout.close);
+    if (HWND primary = control(MESSAGE_PRIMARY)) move_window(primary, layout.primary);
 }
 
 void MessageRecord::on_command(int id) {
     const int link = id - MESSAGE_FIRST_LINK;
-    if (link >= 0 && static_cast<std::size_t>(link) < link_count()) {
+    if (id == IDOK) {
+        press_focused_button(window);
+    } else if (link >= 0 && static_cast<std::size_t>(link) < link_count()) {
         open_tx_page(message.txids[static_cast<std::size_t>(link)]);
     } else if (id == MESSAGE_COPY) {
         copy_text(window, with_edit_line_ends(message.text));
@@ -100,17 +91,11 @@ LRESULT MessageRecord::on_message(UINT number, WPARAM first, LPARAM second) {
         case WM_COMMAND:
             if (HIWORD(first) == BN_CLICKED) on_command(LOWORD(first));
             return 0;
-        case WM_DRAWITEM:
-            draw_painted_button(shell, *reinterpret_cast<const DRAWITEMSTRUCT*>(second));
-            return TRUE;
-        case WM_CTLCOLOREDIT:
-        case WM_CTLCOLORSTATIC:
-            return panel_colours(shell.theme, reinterpret_cast<HDC>(first));
-        case WM_ERASEBKGND:
-            return erase_with(window, first, shell.theme.window_brush.get());
         default:
-            return DefWindowProcW(window, number, first, second);
+            break;
     }
+    if (const auto answer = answer_look_message(shell, window, number, first, second)) return *answer;
+    return DefWindowProcW(window, number, first, second);
 }
 
 // Until the window has gone. The end of the program is passed on to the outer loop.
@@ -133,18 +118,15 @@ void run_until_gone(HWND window) {
 bool show_message_window(Shell& shell, const MessageWindow& message) {
     if (shell.message != nullptr) DestroyWindow(shell.message);
     HWND owner = shell.main.load();
-    if (!register_class(shell, CLASS_NAME, record_procedure<MessageRecord>, nullptr)) return !message.confirm;
     bool confirmed = false;
     const std::wstring title = wide_text(message.title);
     const WindowPlan plan{title.c_str(), WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, 720,
                           message_window_height(message.txids.size())};
-    HWND window = create_record_window(
-        shell, CLASS_NAME, plan, owner,
-        std::make_unique<MessageRecord>(shell, message, message.confirm ? &confirmed : nullptr));
+    HWND window =
+        fill_slot(shell, shell.message, CLASS_NAME, plan,
+                  std::make_unique<MessageRecord>(shell, message, message.confirm ? &confirmed : nullptr));
     if (window == nullptr) return !message.confirm;
-    shell.message = window;
-    ShowWindow(window, SW_SHOW);
-    SetForegroundWindow(window);
+    raise_window(window);
     if (!message.confirm) return true;
     EnableWindow(owner, FALSE);
     run_until_gone(window);

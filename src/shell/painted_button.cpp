@@ -111,21 +111,23 @@ HWND create_painted_button(const Shell& shell, HWND parent, int id, std::string_
     return button;
 }
 
+bool is_painted_button(HWND control) {
+    wchar_t kind[16] = L"";
+    GetClassNameW(control, kind, 16);
+    return std::wstring_view(kind) == WC_BUTTONW &&
+           (GetWindowLongPtrW(control, GWL_STYLE) & BS_TYPEMASK) == BS_OWNERDRAW;
+}
+
 void draw_painted_button(const Shell& shell, const DRAWITEMSTRUCT& item) {
     const RECT place = place_in_parent(item.hwndItem);
     const ButtonState state = state_of(shell, item, place);
     const ButtonLook look = button_look(state);
-    const RECT area{0, 0, item.rcItem.right - item.rcItem.left, item.rcItem.bottom - item.rcItem.top};
-
-    // Drawn aside and copied at once, so that nothing flickers under the cursor.
-    HDC dc = CreateCompatibleDC(item.hDC);
-    const GdiOwner<HBITMAP> bitmap(CreateCompatibleBitmap(item.hDC, area.right, area.bottom));
-    HGDIOBJ before = SelectObject(dc, bitmap.get());
-    fill_box(dc, area, look.background);
-    if (state.on_banner) draw_band_part(dc, place, BAND_HEIGHT, shell.banner.get());
-    draw_button_body(dc, area, look);
-    draw_content(shell, dc, state, item.hwndItem, area, look);
-    BitBlt(item.hDC, item.rcItem.left, item.rcItem.top, area.right, area.bottom, dc, 0, 0, SRCCOPY);
-    SelectObject(dc, before);
-    DeleteDC(dc);
+    draw_aside(item.hDC, item.rcItem, [&](HDC dc, const RECT& area) {
+        fill_box(dc, area, look.background);
+        if (state.on_banner) draw_band_part(dc, place, BAND_HEIGHT, shell.banner.get());
+        draw_button_body(dc, area, look);
+        draw_content(shell, dc, state, item.hwndItem, area, look);
+        if ((item.itemState & ODS_FOCUS) != 0 && (item.itemState & ODS_NOFOCUSRECT) == 0)
+            draw_focus_ring(dc, area, look, shell.theme.palette().accent);
+    });
 }

@@ -5,8 +5,8 @@
 
 #include "base/amounts.h"
 #include "base/settings.h"
+#include "shell/child_controls.h"
 #include "shell/list_columns.h"
-#include "shell/painted_button.h"
 #include "shell/window_class.h"
 #include "shell/window_layouts.h"
 
@@ -29,28 +29,6 @@ struct Card {
     std::wstring sub;
 };
 
-struct PreviewRecord {
-    Shell& shell;
-    std::wstring text;
-    std::vector<Card> cards;
-    HWND list = nullptr;
-    HWND window = nullptr;
-
-    explicit PreviewRecord(Shell& of) : shell(of) {}
-    ~PreviewRecord() {
-        if (shell.preview == window) shell.preview = nullptr;
-    }
-    PreviewRecord(const PreviewRecord&) = delete;
-    PreviewRecord& operator=(const PreviewRecord&) = delete;
-
-    LRESULT on_message(UINT number, WPARAM first, LPARAM second);
-    void on_create();
-    void on_size();
-    void on_command(int id);
-    void on_paint();
-    LRESULT on_notify(const NMHDR& header);
-};
-
 std::vector<Card> cards_of(const RoundState& state) {
     const auto heads = std::count_if(state.preview.begin(), state.preview.end(),
                                      [](const PreviewRow& row) { return !row.skip; });
@@ -69,29 +47,38 @@ std::vector<Card> cards_of(const RoundState& state) {
     };
 }
 
-HWND add_static(const PreviewRecord& record, int id, const wchar_t* text, HFONT font) {
-    HWND made =
-        CreateWindowExW(0, WC_STATICW, text, WS_CHILD | WS_VISIBLE, 0, 0, 0, 0, record.window,
-                        reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), record.shell.instance, nullptr);
-    SendMessageW(made, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
-    return made;
+struct PreviewRecord : WindowRecord {
+    std::wstring text;
+    std::vector<Card> cards;
+    std::vector<PreviewRow> rows;  // as they were when the window opened
+    HWND list = nullptr;
+
+    explicit PreviewRecord(Shell& of)
+        : WindowRecord(of, of.preview), cards(cards_of(of.round.state)), rows(of.round.state.preview) {}
+
+    LRESULT on_message(UINT number, WPARAM first, LPARAM second);
+    void on_create();
+    void on_size();
+    void on_command(int id);
+    void on_paint();
+    LRESULT on_notify(LPARAM notification);
+};
+
+std::string preview_cell(const PreviewRow& row, std::size_t column) {
+    if (column == 0) return row.name;
+    if (column == 1) return row.lots;
+    return row.skip ? "skip" : format_bsv(row.sats) + " BSV";
 }
 
 void PreviewRecord::on_create() {
     apply_dark_frame(window, shell.theme.palette());
-    add_static(*this, PREVIEW_NOTE, L"This list stays frozen until you Snapshot again.",
-               shell.theme.small_font.get());
-    add_static(*this, PREVIEW_HEADING, L"The split", shell.theme.body_font.get());
-    list = create_report_list(shell, window, PREVIEW_LIST, {}, COLUMNS.data(), COLUMNS.size());
-    int line = 0;
-    for (const PreviewRow& row : shell.round.state.preview) {
-        set_list_cell(list, line, 0, row.name);
-        set_list_cell(list, line, 1, row.lots);
-        set_list_cell(list, line, 2, row.skip ? "skip" : format_bsv(row.sats) + " BSV");
-        ++line;
-    }
-    create_painted_button(shell, window, PREVIEW_COPY, "Copy", {});
-    create_painted_button(shell, window, PREVIEW_CLOSE, "Close", {});
+    create_child(shell, window,
+                 {PREVIEW_NOTE, ChildKind::SmallLabel, "This list stays frozen until you Snapshot again."});
+    create_child(shell, window, {PREVIEW_HEADING, ChildKind::Label, "The split"});
+    list = create_report_list(shell, window, PREVIEW_LIST, {}, COLUMNS);
+    show_list_rows(list, rows.size());
+    create_child(shell, window, {PREVIEW_COPY, ChildKind::Button, "Copy"});
+    create_child(shell, window, {PREVIEW_CLOSE, ChildKind::Button, "Close"});
     on_size();
 }
 
@@ -101,13 +88,12 @@ void PreviewRecord::on_size() {
     if (!layout_preview_window(size.cx, size.cy, layout)) return;
     if (cards.size() >= layout.cards.size())
         for (std::size_t i = 0; i < layout.cards.size(); ++i) cards[i].box = layout.cards[i];
-    move_window(GetDlgItem(window, PREVIEW_NOTE), layout.frozen_note);
-    move_window(GetDlgItem(window, PREVIEW_HEADING), layout.heading);
+    move_window(control(PREVIEW_NOTE), layout.frozen_note);
+    move_window(control(PREVIEW_HEADING), layout.heading);
     move_window(list, layout.list);
-    move_window(GetDlgItem(window, PREVIEW_COPY), layout.copy);
-    move_window(GetDlgItem(window, PREVIEW_CLOSE), layout.close);
-    for (std::size_t i = 0; i < layout.columns.size(); ++i)
-        ListView_SetColumnWidth(list, static_cast<int>(i), layout.columns[i]);
+    move_window(control(PREVIEW_COPY), layout.copy);
+    move_window(control(PREVIEW_CLOSE), layout.close);
+    set_column_widths(list, layout.columns);
     InvalidateRect(window, nullptr, TRUE);
 }
 
@@ -138,8 +124,12 @@ void PreviewRecord::on_paint() {
     EndPaint(window, &paint);
 }
 
-LRESULT PreviewRecord::on_notify(const NMHDR& header) {
+LRESULT PreviewRecord::on_notify(LPARAM notification) {
+    const ListRows shown{
+        rows.size(), [this](std::size_t row, std::size_t column) { return preview_cell(rows[row], column); }};
+    if (const auto answer = answer_list_request(notification, shown)) return *answer;
     // The list holds the focus, and the message loop offers this window no dialog keys.
+    const auto& header = *reinterpret_cast<const NMHDR*>(notification);
     if (header.code == LVN_KEYDOWN && reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey == VK_ESCAPE)
         PostMessageW(window, WM_CLOSE, 0, 0);
     return 0;
@@ -163,32 +153,24 @@ LRESULT PreviewRecord::on_message(UINT number, WPARAM first, LPARAM second) {
             if (first == VK_ESCAPE) DestroyWindow(window);
             return 0;
         case WM_NOTIFY:
-            return on_notify(*reinterpret_cast<const NMHDR*>(second));
+            return on_notify(second);
         case WM_PAINT:
             on_paint();
             return 0;
-        case WM_DRAWITEM:
-            draw_painted_button(shell, *reinterpret_cast<const DRAWITEMSTRUCT*>(second));
-            return TRUE;
-        case WM_CTLCOLORSTATIC:
-            return static_colours(reinterpret_cast<HDC>(first), shell.theme.palette().muted,
-                                  shell.theme.window_brush.get());
-        case WM_ERASEBKGND:
-            return erase_with(window, first, shell.theme.window_brush.get());
         default:
-            return DefWindowProcW(window, number, first, second);
+            break;
     }
+    if (const auto answer = answer_look_message(shell, window, number, first, second)) return *answer;
+    return DefWindowProcW(window, number, first, second);
 }
 
 }  // namespace
 
 void open_preview_window(Shell& shell, const std::string& text) {
     if (shell.preview != nullptr) DestroyWindow(shell.preview);
-    if (!register_class(shell, CLASS_NAME, record_procedure<PreviewRecord>, nullptr)) return;
     auto record = std::make_unique<PreviewRecord>(shell);
     record->text = with_edit_line_ends(text);
-    record->cards = cards_of(shell.round.state);
     const WindowPlan plan{L"Preview", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, 760, 560};
-    shell.preview = create_record_window(shell, CLASS_NAME, plan, shell.main.load(), std::move(record));
-    ShowWindow(shell.preview, SW_SHOW);
+    HWND window = fill_slot(shell, shell.preview, CLASS_NAME, plan, std::move(record));
+    if (window != nullptr) ShowWindow(window, SW_SHOW);
 }

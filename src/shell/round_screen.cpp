@@ -1,6 +1,7 @@
 #include "shell/round_screen.h"
 
-#include "shell/list_columns.h"
+#include "shell/board_list.h"
+#include "shell/history_window.h"
 #include "shell/message_window.h"
 #include "shell/preview_window.h"
 #include "shell/shell_controls.h"
@@ -37,20 +38,6 @@ int selected_token(HWND box) {
     return place < 0 ? -1 : static_cast<int>(ComboBox_GetItemData(box, place));
 }
 
-void fill_board(HWND list, const std::vector<BoardLine>& lines) {
-    SendMessageW(list, WM_SETREDRAW, FALSE, 0);
-    ListView_DeleteAllItems(list);
-    int row = 0;
-    for (const BoardLine& line : lines) {
-        int column = 0;
-        for (const std::string* text : {&line.holder, &line.lots, &line.pay_to, &line.role, &line.received})
-            set_list_cell(list, row, column++, *text);
-        ++row;
-    }
-    SendMessageW(list, WM_SETREDRAW, TRUE, 0);
-    InvalidateRect(list, nullptr, TRUE);
-}
-
 void run_dots_timer(HWND window, bool running) {
     if (running)
         SetTimer(window, DOTS_TIMER_ID, DOTS_PERIOD_MS, nullptr);
@@ -71,15 +58,12 @@ RoundWindow round_screen(Shell& shell) {
         fill_token_box(control(shell, CONTROL_TOKEN_BOX), items, selected);
     };
     screen.selected_token = [&shell] { return selected_token(control(shell, CONTROL_TOKEN_BOX)); };
-    screen.fill_board = [&shell](const std::vector<BoardLine>& lines) {
-        fill_board(control(shell, CONTROL_BOARD), lines);
-    };
+    screen.fill_board = [&shell](const std::vector<BoardLine>& lines) { fill_board_list(shell, lines); };
     screen.run_dots_timer = [&shell](bool running) { run_dots_timer(shell.main.load(), running); };
     screen.show_message_window = [&shell](const MessageWindow& message) {
         return show_message_window(shell, message);
     };
     screen.open_preview_window = [&shell](const std::string& text) { open_preview_window(shell, text); };
-    // The history window comes with its own file; until then there is none to reload.
-    screen.reload_history = [] {};
+    screen.reload_history = [&shell] { reload_history(shell); };
     return screen;
 }

@@ -11,6 +11,22 @@ struct WindowPlan {
     int height = CW_USEDEFAULT;
 };
 
+// What every window but the main one holds: its handle, and its slot in the shell, which empties with it.
+struct WindowRecord {
+    Shell& shell;
+    HWND& slot;
+    HWND window = nullptr;
+
+    WindowRecord(Shell& of, HWND& its_slot) : shell(of), slot(its_slot) {}
+    ~WindowRecord() {
+        if (slot == window) slot = nullptr;
+    }
+    WindowRecord(const WindowRecord&) = delete;
+    WindowRecord& operator=(const WindowRecord&) = delete;
+
+    HWND control(int id) const { return GetDlgItem(window, id); }
+};
+
 // Registers the class at its first use; false if the system refuses it.
 inline bool register_class(const Shell& shell, const wchar_t* name, WNDPROC procedure, HBRUSH background) {
     WNDCLASSEXW known{};
@@ -54,17 +70,25 @@ template <typename Record>
 HWND create_record_window(const Shell& shell, const wchar_t* class_name, const WindowPlan& plan, HWND owner,
                           std::unique_ptr<Record> record) {
     Record* raw = record.release();
-    HWND window = CreateWindowExW(0, class_name, plan.title, plan.style, CW_USEDEFAULT, CW_USEDEFAULT,
-                                  plan.width, plan.height, owner, nullptr, shell.instance, raw);
-    return window;
+    return CreateWindowExW(0, class_name, plan.title, plan.style, CW_USEDEFAULT, CW_USEDEFAULT, plan.width,
+                           plan.height, owner, nullptr, shell.instance, raw);
 }
 
-// What each themed window answers alike: the erased background and the colours of its controls.
-inline LRESULT erase_with(HWND window, WPARAM dc, HBRUSH brush) {
-    RECT area{};
-    GetClientRect(window, &area);
-    FillRect(reinterpret_cast<HDC>(dc), &area, brush);
-    return 1;
+// Makes the window of a slot, owned by the main window and hidden; null if the system refuses it.
+template <typename Record>
+HWND fill_slot(Shell& shell, HWND& slot, const wchar_t* class_name, const WindowPlan& plan,
+               std::unique_ptr<Record> record) {
+    if (!register_class(shell, class_name, record_procedure<Record>, nullptr)) return nullptr;
+    slot = create_record_window(shell, class_name, plan, shell.main.load(), std::move(record));
+    return slot;
+}
+
+inline void raise_window(HWND window) {
+    if (IsIconic(window))
+        ShowWindow(window, SW_RESTORE);
+    else
+        ShowWindow(window, SW_SHOW);
+    SetForegroundWindow(window);
 }
 
 inline void hold_smallest_size(LPARAM second, int width, int height) {

@@ -39,3 +39,46 @@ MessageLayout layout_message_window(int width, int height, std::size_t link_coun
 int message_window_height(std::size_t transaction_count) {
     return std::max(static_cast<int>(transaction_count) * 22 + 480, 420);
 }
+
+HistoryLayout layout_history_window(int width, int height) {
+    constexpr int DROPPED_HEIGHT = 200;
+    HistoryLayout layout;
+    const int column = std::max((std::max(width - 248, 240) - 16) / 3, 100);
+    for (int i = 0; i < 3; ++i) {
+        const int x = 16 + i * (column + 8);
+        layout.filter_labels[static_cast<std::size_t>(i)] = {x, 12, column, 18};
+        layout.filters[static_cast<std::size_t>(i)] = {x, 32, column, DROPPED_HEIGHT};
+    }
+    layout.export_button = {width - 224, 30, 100, 34};
+    layout.close = {width - 116, 30, 100, 34};
+    const int chart = std::max(height / 3, 140);
+    const int list = std::max(height - chart - 180, 80);
+    layout.list = {16, 72, width - 32, list};
+    layout.payouts_line = {16, list + 78, width - 32, 20};
+    layout.fees_line = {16, list + 98, width - 32, 20};
+    layout.chart = {16, list + 120, width - 32, chart};
+    const int who = std::max(width - 60, 200) * 28 / 100;
+    layout.columns = {140, who, 130, who, 140};
+    return layout;
+}
+
+VaultLayout layout_vault_window(int width, int height) {
+    VaultLayout layout;
+    const int list = std::max(height - 448, 80);
+    layout.vaults_label = {16, 12, 80, 18};
+    layout.vaults = {16, 32, std::max(width - 312, 160), 200};
+    layout.create = {width - 276, 30, 120, 34};
+    layout.close = {width - 146, 30, 114, 34};
+    layout.name_label = {16, 72, 200, 18};
+    layout.name = {16, 92, width - 32, 28};
+    layout.addresses_label = {16, 128, 400, 18};
+    layout.addresses = {16, 148, width - 32, list};
+    layout.paste = {16, list + 156, std::max(width - 172, 160), 28};
+    layout.add = {width - 146, list + 154, 130, 34};
+    layout.value = {16, list + 192, width - 252, 24};
+    layout.save = {width - 136, list + 188, 120, 34};
+    layout.payout_value = {width - 226, list + 188, 210, 34};
+    layout.split = {16, list + 228, width - 32, 90};
+    layout.message = {16, height - 38, width - 32, 22};
+    return layout;
+}

@@ -1,4 +1,4 @@
-// Where everything in the preview and the message window stands. Pure; sizes in pixels.
+// Where everything stands in the windows around the main one. Pure; sizes in pixels.
 #pragma once
 
 #include <array>
@@ -34,3 +34,37 @@ struct MessageLayout {
 MessageLayout layout_message_window(int width, int height, std::size_t link_count, bool confirm);
 // Counts every transaction, also those without a link; the system keeps it to the screen.
 int message_window_height(std::size_t transaction_count);
+
+struct HistoryLayout {
+    std::array<Box, 3> filter_labels;  // token, range, chart
+    std::array<Box, 3> filters;
+    Box export_button;
+    Box close;
+    Box list;
+    Box payouts_line;
+    Box fees_line;
+    Box chart;
+    std::array<int, 5> columns{};
+};
+
+HistoryLayout layout_history_window(int width, int height);
+
+struct VaultLayout {
+    Box vaults_label;
+    Box vaults;
+    Box create;
+    Box close;
+    Box name_label;
+    Box name;
+    Box addresses_label;
+    Box addresses;
+    Box paste;
+    Box add;
+    Box value;
+    Box save;
+    Box payout_value;
+    Box split;
+    Box message;
+};
+
+VaultLayout layout_vault_window(int width, int height);
