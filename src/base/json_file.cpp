@@ -8,6 +8,7 @@
 namespace {
 
 constexpr int DEEPEST_NESTING = 512;
+constexpr std::uintmax_t LARGEST_RESERVED_FILE = 256U << 20U;
 
 // Counts the nesting of a document before it is built: a deep one would take the stack of whoever walks it
 // later.
@@ -59,6 +60,9 @@ bool read_text_file(const std::string& path, std::string& content) {
     if (std::filesystem::is_directory(utf8_path(path), error)) return false;
     std::ifstream file(utf8_path(path), std::ios::binary);
     if (!file) return false;
+    // A text that grows on the way is copied over and over. What has no size, or an absurd one, may do so.
+    const std::uintmax_t size = std::filesystem::file_size(utf8_path(path), error);
+    if (!error && size <= LARGEST_RESERVED_FILE) content.reserve(static_cast<std::size_t>(size));
     char block[65536];
     while (file.read(block, sizeof block) || file.gcount() > 0) {
         content.append(block, static_cast<std::size_t>(file.gcount()));
