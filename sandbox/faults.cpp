@@ -10,10 +10,12 @@ namespace sandbox {
 namespace {
 
 constexpr std::array<std::string_view, 6> SERVICES = {"woc", "ordinals", "arc", "home", "resolver", "update"};
-constexpr std::array<std::string_view, 8> ANY_REQUEST = {"down", "slow",    "429",        "html500",
-                                                         "404",  "badjson", "wrongtypes", "empty"};
-constexpr std::array<std::string_view, 4> BROADCAST_ONLY = {"drop_after_accept", "accept_silently",
-                                                            "conflict", "missing_inputs"};
+constexpr std::array<std::string_view, 12> ANY_REQUEST = {"down",       "slow",  "stall",    "429",
+                                                          "html500",    "404",   "redirect", "badjson",
+                                                          "wrongtypes", "empty", "cut",      "huge"};
+constexpr std::array<std::string_view, 7> BROADCAST_ONLY = {
+    "drop_after_accept", "accept_silently", "wrong_txid",    "conflict",
+    "missing_inputs",    "refused_200",     "unknown_parent"};
 
 template <typename Names>
 bool among(const Names& names, std::string_view name) {
@@ -55,6 +57,12 @@ void Faults::set(const std::string& service, const Fault& fault) {
 void Faults::clear() {
     const std::lock_guard<std::mutex> lock(mutex_);
     faults_.clear();
+    taken_ = 0;
+}
+
+std::size_t Faults::taken() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return taken_;
 }
 
 std::optional<Fault> Faults::take(const std::string& service, const std::string& request) {
@@ -63,6 +71,7 @@ std::optional<Fault> Faults::take(const std::string& service, const std::string&
     const auto found =
         std::find_if(first, last, [&](const auto& entry) { return fits(entry.second, request); });
     if (found == last) return std::nullopt;
+    ++taken_;
     Fault fault = found->second;
     if (found->second.times > 0 && --found->second.times == 0) faults_.erase(found);
     return fault;

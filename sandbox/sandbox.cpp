@@ -54,6 +54,12 @@ ServiceReply answer_page(ServiceContext& context, const ServiceRequest& request)
     return answer_update_page(context, request);
 }
 
+ServiceReply hung_up() {
+    ServiceReply reply;
+    reply.hang_up = true;
+    return reply;
+}
+
 std::string loopback_url(int port, const std::string& path) {
     return "http://127.0.0.1:" + std::to_string(port) + path;
 }
@@ -65,13 +71,25 @@ struct Sandbox::Body {
 
     // One request of a service, with the latency and the failures that were ordered.
     ServiceReply serve(const std::string& service, Answer answer, ServiceRequest request) {
-        context.requests.add({service, request.method, request.target});
+        const SeenRequest seen{service, request.method, request.target};
+        context.requests.add(seen);
+        if (watch && watch(seen, false)) return hung_up();
+        ServiceReply reply = serve_with_faults(service, answer, request);
+        if (watch && watch(seen, true)) reply.hang_up = true;
+        return reply;
+    }
+
+    ServiceReply serve_with_faults(const std::string& service, Answer answer, ServiceRequest& request) {
         if (options.latency_ms > 0) pause.wait(std::chrono::milliseconds(options.latency_ms));
         const std::optional<Fault> fault =
             context.faults.take(service, request.method + " " + request.target);
         if (!fault) return answer(context, request);
         ServiceReply reply;
-        if (refuse(*fault, reply)) return reply;
+        if (refuse(*fault, request.target, reply)) return reply;
+        if (fault->failure == "stall") {
+            pause.wait(std::chrono::milliseconds(fault->slow_ms));
+            return hung_up();
+        }
         if (is_broadcast_failure(fault->failure)) request.broadcast_fault = fault->failure;
         reply = answer(context, request);
         spoil(*fault, reply);
@@ -113,6 +131,8 @@ struct Sandbox::Body {
                open_tls(ports.home, service("home", answer_home), home_tls(), error) &&
                (ports.resolver < 0 ||
                 open_tls(ports.resolver, service("resolver", answer_resolver), self_made_tls(), error)) &&
+               (ports.foreign < 0 ||
+                open_tls(ports.foreign, service("foreign", answer_home), foreign_tls(), error)) &&
                open(ports.control, control, nullptr, error);
     }
 
@@ -143,6 +163,7 @@ struct Sandbox::Body {
     Ports ports;
     ServiceContext context;
     Pause pause;
+    RequestWatch watch;
     std::vector<std::unique_ptr<ServiceServer>> servers;
     std::thread connects;
     bool started = false;
@@ -237,6 +258,10 @@ std::size_t Sandbox::count(const std::string& method, const std::string& path_pa
     return static_cast<std::size_t>(std::count_if(seen.begin(), seen.end(), [&](const SeenRequest& request) {
         return (method.empty() || request.method == method) && contains(request.path, path_part);
     }));
+}
+
+void Sandbox::watch_requests(RequestWatch watch) {
+    body_->watch = std::move(watch);
 }
 
 std::vector<Json> Sandbox::receipts() const {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,6 +23,8 @@ struct Ports {
     int home = 0;      // TLS
     int resolver = 0;  // TLS with a self-made certificate; -1: not served
     int control = 0;   // /sandbox/... and the update page
+    int foreign =
+        -1;  // TLS with a certificate that nobody trusts, in the place of any service; -1: not served
 };
 
 struct Options {
@@ -33,10 +36,14 @@ struct Options {
 
 // One request as a service got it.
 struct SeenRequest {
-    std::string service;  // "woc", "ordinals", "arc", "home", "resolver", "update"
+    std::string service;  // "woc", "ordinals", "arc", "home", "resolver", "update", "foreign"
     std::string method;
     std::string path;  // with the query, as it was sent
 };
+
+// Looks at each request twice, before the work (`acted` is false) and after it, on the service's own threads.
+// True closes the connection without an answer, and before the work nothing is done.
+using RequestWatch = std::function<bool(const SeenRequest& request, bool acted)>;
 
 class Sandbox {
  public:
@@ -67,6 +74,8 @@ class Sandbox {
     void clear_requests();
     // Requests of that method ("" for any) whose path holds the part.
     std::size_t count(const std::string& method, const std::string& path_part) const;
+    // Set while no request is on its way; an empty one looks at nothing.
+    void watch_requests(RequestWatch watch);
     // Receipts of payments that the family's host has taken: their bodies as they came.
     std::vector<Json> receipts() const;
 

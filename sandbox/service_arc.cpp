@@ -99,6 +99,7 @@ ServiceReply submit(ServiceContext& context, const ServiceRequest& request) {
         case BroadcastEnd::Known:
             return accepted(context, result.txid);
         case BroadcastEnd::Refused:
+        case BroadcastEnd::RefusedAsSuccess:
             return refused(context, result, raw_hex);
         case BroadcastEnd::Unparsed:
             return problem(400, "Bad request", "The request seems to be malformed and cannot be processed",

@@ -10,11 +10,12 @@
 namespace sandbox {
 
 enum class BroadcastEnd {
-    Taken,     // on the network now
-    Known,     // it was there before
-    Refused,   // the network's words are in `reason`
-    Unparsed,  // no transaction
-    Failed,    // the service fails to say what happened
+    Taken,             // on the network now
+    Known,             // it was there before
+    Refused,           // the network's words are in `reason`
+    RefusedAsSuccess,  // the same, under a status of success where the service has another for refusals
+    Unparsed,          // no transaction
+    Failed,            // the service fails to say what happened
 };
 struct Broadcast {
     BroadcastEnd end = BroadcastEnd::Failed;

@@ -35,6 +35,7 @@ ServiceReply submit(ServiceContext& context, const ServiceRequest& request) {
         case BroadcastEnd::Known:
             return json_reply({{"ok", true}, {"txid", result.txid}});
         case BroadcastEnd::Refused:
+        case BroadcastEnd::RefusedAsSuccess:
             return json_reply({{"ok", false}, {"error", result.reason}});
         case BroadcastEnd::Unparsed:
             return json_reply({{"ok", false}, {"error", "bad txhex"}}, 400);

@@ -76,7 +76,7 @@ Bytes from_base64(std::string_view text) {
     return bytes;
 }
 
-bool refuse(const Fault& fault, ServiceReply& reply) {
+bool refuse(const Fault& fault, const std::string& target, ServiceReply& reply) {
     if (fault.failure == "down") {
         reply.hang_up = true;
     } else if (fault.failure == "429") {
@@ -87,6 +87,9 @@ bool refuse(const Fault& fault, ServiceReply& reply) {
         reply.type = "text/html";
     } else if (fault.failure == "404") {
         reply = empty_reply(404);
+    } else if (fault.failure == "redirect") {
+        reply = empty_reply(302);
+        reply.location = target;
     } else {
         return false;
     }
@@ -128,6 +131,12 @@ void spoil(const Fault& fault, ServiceReply& reply) {
     } else if (fault.failure == "badjson") {
         // Shorter than any transaction, and without a word that a reader could look for.
         reply.body = "{\"result\":[{";
+    } else if (fault.failure == "cut") {
+        // An empty body has no middle.
+        if (reply.body.empty()) reply.body = "{}{}";
+        reply.cut = true;
+    } else if (fault.failure == "huge") {
+        reply.padding = fault.huge_bytes;
     } else if (fault.failure == "wrongtypes") {
         Json document;
         reply.body = parse_json(reply.body, document) ? dump_json(wrong_types(document), -1) : "null";

@@ -33,10 +33,10 @@ std::string base64(const Bytes& bytes);
 // Empty for text that is not base 64.
 Bytes from_base64(std::string_view text);
 
-// The reply of a failure that refuses a request before any work: "down", "429", "html500", "404". False for
-// others.
-bool refuse(const Fault& fault, ServiceReply& reply);
-// Spoils a finished reply: "badjson", "wrongtypes", "empty". Others leave it alone.
+// The reply of a failure that refuses a request before any work: "down", "429", "html500", "404", "redirect".
+// False for others. `target` is the request's own.
+bool refuse(const Fault& fault, const std::string& target, ServiceReply& reply);
+// Spoils a finished reply: "badjson", "wrongtypes", "empty", "cut", "huge". Others leave it alone.
 void spoil(const Fault& fault, ServiceReply& reply);
 // Every value of the document under another type.
 Json wrong_types(const Json& document);

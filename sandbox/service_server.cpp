@@ -26,8 +26,11 @@ constexpr std::size_t MOST_THREADS = 512;
 constexpr int WAITING_CONNECTIONS = 1024;
 constexpr time_t SOCKET_TIMEOUT_S = 30;
 
+constexpr std::size_t MOST_WAITING = std::size_t{1} << 20U;
+
 // Set by a request's handler for the connection that the same thread is serving.
 thread_local bool hang_up_now = false;
+thread_local bool cut_now = false;
 
 // Threads on demand: one more whenever a job finds none idle.
 class GrowingPool final : public httplib::TaskQueue {
@@ -73,7 +76,7 @@ class GrowingPool final : public httplib::TaskQueue {
 };
 
 // One connection. What is written waits in memory until the request is over, so that a reply can still be
-// withheld and otherwise leaves in one piece.
+// withheld and otherwise leaves in one piece; only a very long one leaves as it is made.
 class Connection final : public httplib::Stream {
  public:
     Connection(socket_t socket, SSL* ssl) : socket_(socket), ssl_(ssl) {}
@@ -100,7 +103,16 @@ class Connection final : public httplib::Stream {
 
     ssize_t write(const char* bytes, size_t size) override {
         waiting_.append(bytes, size);
+        if (waiting_.size() > MOST_WAITING && !flush()) return -1;
         return static_cast<ssize_t>(size);
+    }
+
+    // Leaves half of the body that waits.
+    void cut_body() {
+        const std::size_t head = waiting_.find("\r\n\r\n");
+        if (head == std::string::npos) return;
+        const std::size_t body = waiting_.size() - head - 4;
+        waiting_.resize(head + 4 + body / 2);
     }
 
     void get_remote_ip_and_port(std::string& ip, int& port) const override { loopback(ip, port); }
@@ -199,8 +211,17 @@ struct ServiceServer::Listener final : httplib::Server {
     void answer(const httplib::Request& request, httplib::Response& response) const {
         const ServiceReply reply = handler(request_from(request));
         hang_up_now = reply.hang_up;
+        cut_now = reply.cut;
         response.status = reply.status;
-        response.set_content(reply.body, reply.type);
+        if (!reply.location.empty()) response.set_header("Location", reply.location);
+        if (reply.padding == 0) return response.set_content(reply.body, reply.type);
+        response.set_content_provider(
+            reply.body.size() + reply.padding, reply.type,
+            [body = reply.body](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
+                if (offset < body.size()) return sink.write(body.data() + offset, body.size() - offset);
+                const std::string blanks(std::min(length, MOST_WAITING), ' ');
+                return sink.write(blanks.data(), blanks.size());
+            });
     }
 
     bool take_port(int& port) {
@@ -256,10 +277,12 @@ struct ServiceServer::Listener final : httplib::Server {
     bool serve_stream(socket_t socket, SSL* ssl) {
         Connection connection(socket, ssl);
         hang_up_now = false;
+        cut_now = false;
         bool closed = false;
         const bool served = process_request(connection, true, closed, nullptr);
         if (hang_up_now) return false;
-        return connection.flush() && served;
+        if (cut_now) connection.cut_body();
+        return connection.flush() && served && !cut_now;
     }
 
     ServiceHandler handler;
@@ -270,26 +293,6 @@ struct ServiceServer::Listener final : httplib::Server {
     std::set<socket_t> open;
     bool ending = false;
 };
-
-void prepare_http_library() {
-    static const bool prepared = [] {
-        httplib::Server server;
-        server.new_task_queue = [] { return new httplib::ThreadPool(1); };
-        const auto echo = [](const httplib::Request& request, httplib::Response& response) {
-            response.set_content(request.body, "text/plain");
-        };
-        server.Get("/", echo).Post("/", echo);
-        const int port = server.bind_to_any_port("127.0.0.1");
-        std::thread serving([&] { server.listen_after_bind(); });
-        while (!server.is_running()) std::this_thread::yield();
-        httplib::Client client("127.0.0.1", port);
-        const bool served = client.Get("/") && client.Post("/", "x", "text/plain");
-        server.stop();
-        serving.join();
-        return served;
-    }();
-    static_cast<void>(prepared);
-}
 
 ServiceServer::ServiceServer(ServiceHandler handler, TlsContext tls)
     : listener_(std::make_unique<Listener>(std::move(handler), std::move(tls))) {

@@ -3,6 +3,7 @@
 // hundred, so that a server which nobody asks costs nothing. It knows no chain and no service's forms.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
@@ -25,7 +26,10 @@ struct ServiceReply {
     int status = 200;
     std::string body;
     std::string type = "application/json";
-    bool hang_up = false;  // close the connection without an answer
+    std::string location{};   // where a redirect leads
+    std::size_t padding = 0;  // blanks behind the body, sent as they go
+    bool hang_up = false;     // close the connection without an answer
+    bool cut = false;         // close it in the middle of the body
 };
 
 // Has the HTTP library serve one request on a thread that is joined before this returns, once a process. The

@@ -19,6 +19,8 @@ using TlsContext = std::unique_ptr<ssl_ctx_st, FreeTlsContext>;
 TlsContext home_tls();
 // A certificate made now and signed by nobody else; null if OpenSSL fails.
 TlsContext self_made_tls();
+// A certificate for "localhost" by an authority that nobody trusts, made now; null if OpenSSL fails.
+TlsContext foreign_tls();
 // The file of the sandbox's certificate authority.
 std::string authority_file();
 

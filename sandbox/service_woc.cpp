@@ -206,6 +206,8 @@ ServiceReply broadcast(ServiceContext& context, const ServiceRequest& request) {
             reply.type = "text/html";
             return reply;
         }
+        case BroadcastEnd::RefusedAsSuccess:
+            return text_reply("\"" + refusal_text(result.code, result.reason) + "\"\n");
         default:
             return text_reply("\"" + refusal_text(result.code, result.reason) + "\"\n", 400);
     }
