@@ -54,3 +54,53 @@ build_preset() {
     rm -f "build-$preset.log"
     cmake --build --preset "$preset" -j "$JOBS" ${1:+--target "$@"} || stop "Building the preset $preset failed."
 }
+
+WINDOWS_PACKAGES="g++-mingw-w64-x86-64-posix googletest"
+WINE_PACKAGES="wine wine64 xvfb xauth"
+
+# Has a command run when the script ends, the last one first.
+AT_EXIT=()
+at_exit() {
+    AT_EXIT=("$*" "${AT_EXIT[@]}")
+    trap 'for command in "${AT_EXIT[@]}"; do eval "$command" || true; done' EXIT
+}
+
+# A display of no screen on a free number, until the script ends.
+start_display() {
+    local number
+    number=$(mktemp)
+    Xvfb -displayfd 3 -screen 0 1680x1300x24 -nolisten tcp 3>"$number" >/dev/null 2>&1 &
+    at_exit "kill $! 2>/dev/null"
+    for _ in $(seq 100); do
+        [ -s "$number" ] && break
+        sleep 0.1
+    done
+    [ -s "$number" ] || stop "Xvfb did not start within ten seconds."
+    DISPLAY=:$(cat "$number")
+    export DISPLAY
+    rm -f "$number"
+}
+
+# Wine in a folder of this checkout, without the boxes that offer to install more of it.
+wine_environment() {
+    export WINEPREFIX=${WINEPREFIX:-$ROOT/build/wine} WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES="mscoree,mshtml="
+}
+
+# Makes that folder once, finds a display, and keeps Wine's server until the script ends, so that each program starts
+# quickly.
+prepare_wine() {
+    wine_environment
+    mkdir -p "$(dirname "$WINEPREFIX")"
+    [ -n "${DISPLAY:-}" ] || start_display
+    if [ ! -f "$WINEPREFIX/complete" ]; then
+        say "preparing Wine"
+        timeout 300 wineboot -i </dev/null >"$WINEPREFIX.log" 2>&1 || {
+            tail -n 20 "$WINEPREFIX.log" >&2
+            stop "Wine could not prepare $WINEPREFIX; its last words are above."
+        }
+        timeout 60 wineserver -w || true
+        touch "$WINEPREFIX/complete"
+    fi
+    timeout 60 wineserver -p </dev/null >/dev/null 2>&1 || true
+    at_exit "timeout 20 wineserver -k"
+}

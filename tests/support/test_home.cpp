@@ -1,33 +1,29 @@
 #include "tests/support/test_home.h"
 
-#include <unistd.h>
-
 #include <atomic>
-#include <cstdlib>
 #include <stdexcept>
 #include <system_error>
+
+#include "tests/support/environment.h"
 
 TestHome::TestHome() : old_settings_(settings()) {
     static std::atomic<int> counter{0};
     const std::filesystem::path base = std::filesystem::temp_directory_path();
-    folder_ =
-        base.string() + "/bursaria-tést-" + std::to_string(::getpid()) + "-" + std::to_string(++counter);
+    folder_ = base.string() + "/bursaria-tést-" + std::to_string(process_number()) + "-" +
+              std::to_string(++counter);
     std::error_code error;
     std::filesystem::remove_all(utf8_path(folder_), error);
     make_folder(root());
-    if (const char* old = std::getenv("LOCALAPPDATA")) {
-        had_local_app_data_ = true;
-        old_local_app_data_ = old;
-    }
-    ::setenv("LOCALAPPDATA", folder_.c_str(), 1);
+    had_local_app_data_ = get_environment("LOCALAPPDATA", old_local_app_data_);
+    set_environment("LOCALAPPDATA", folder_);
 }
 
 TestHome::~TestHome() {
     override_settings(old_settings_);
     if (had_local_app_data_) {
-        ::setenv("LOCALAPPDATA", old_local_app_data_.c_str(), 1);
+        set_environment("LOCALAPPDATA", old_local_app_data_);
     } else {
-        ::unsetenv("LOCALAPPDATA");
+        clear_environment("LOCALAPPDATA");
     }
     std::error_code error;
     std::filesystem::remove_all(utf8_path(folder_), error);
@@ -85,4 +81,10 @@ Json test_data(const std::string& name) {
     Json document;
     if (!parse_json(test_data_text(name), document)) throw std::runtime_error("bad test data " + name);
     return document;
+}
+
+Json test_rows(const std::string& name, const char* key) {
+    const Json document = test_data(name);
+    if (json_member(document, key).empty()) throw std::runtime_error("no rows in " + name);
+    return json_member(document, key);
 }

@@ -1,0 +1,15 @@
+# What the tests alone stand on. For Windows, GoogleTest is built here from the sources that the machine's package
+# brings, and programs run on Wine.
+if(WIN32)
+    set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+    set(gtest_disable_pthreads OFF CACHE BOOL "" FORCE)
+    add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+    foreach(library gtest gtest_main gmock)
+        if(NOT TARGET GTest::${library})
+            add_library(GTest::${library} ALIAS ${library})
+        endif()
+    endforeach()
+    set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_SOURCE_DIR}/scripts/on-wine)
+else()
+    find_package(GTest REQUIRED)
+endif()
