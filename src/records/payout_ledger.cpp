@@ -1,24 +1,38 @@
 #include "records/payout_ledger.h"
 
+#include <memory>
+#include <mutex>
+
 #include "base/clock.h"
 #include "base/json_file.h"
 #include "records/ledger_file.h"
+#include "records/ledger_rows.h"
+#include "records/ledger_text.h"
 #include "records/record_files.h"
 #include "records/sats_sum.h"
 
 namespace {
 
-PayoutEntry entry_from_json(const Json& row) {
-    PayoutEntry entry;
-    entry.token_id = json_text(row, "token_id");
-    entry.token_name = json_text(row, "token_name");
-    entry.name = json_text(row, "name");
-    entry.dest = json_text(row, "dest");
-    entry.txid = json_text(row, "txid");
-    entry.kind = json_text(row, "kind");
-    entry.sats = json_int(row, "sats");
-    entry.unix = json_int(row, "unix");
-    return entry;
+using Entries = std::vector<PayoutEntry>;
+
+// The entries of the text that was read last: reading it is quick, and taking it apart is not. Never
+// destroyed: a worker may still read when the process ends.
+struct LastRead {
+    std::mutex mutex;
+    std::string text;
+    std::shared_ptr<const Entries> entries = std::make_shared<Entries>();
+};
+
+std::shared_ptr<const Entries> current_entries() {
+    static auto& last = *new LastRead;
+    std::string text;
+    read_text_file(ledger_file_path(), text);
+    const std::lock_guard<std::mutex> hold(last.mutex);
+    if (text != last.text) {
+        last.entries = std::make_shared<Entries>(ledger_rows(text));
+        last.text = std::move(text);
+    }
+    return last.entries;
 }
 
 bool is_payout_on(const PayoutEntry& entry, const std::string& token_id) {
@@ -41,16 +55,7 @@ void append_payout(const std::string& token_id, const std::string& txid, std::in
 }
 
 std::vector<PayoutEntry> read_payout_entries() {
-    std::vector<PayoutEntry> entries;
-    Json ledger;
-    if (!read_json_file(ledger_file_path(), ledger)) return entries;
-    const Json& rows = json_member(ledger, "entries");
-    if (!rows.is_array()) return entries;
-    entries.reserve(rows.size());
-    for (const Json& row : rows) {
-        if (row.is_object()) entries.push_back(entry_from_json(row));
-    }
-    return entries;
+    return *current_entries();
 }
 
 std::int64_t paid_total(const std::string& token_id) {
@@ -58,7 +63,7 @@ std::int64_t paid_total(const std::string& token_id) {
 }
 
 std::int64_t fees_total() {
-    return fees_of(read_payout_entries());
+    return fees_of(*current_entries());
 }
 
 std::int64_t fees_of(const std::vector<PayoutEntry>& entries) {
@@ -81,7 +86,7 @@ std::int64_t TokenPayouts::received(const std::string& dest) const {
 
 TokenPayouts read_token_payouts(const std::string& token_id) {
     TokenPayouts payouts;
-    for (const PayoutEntry& entry : read_payout_entries()) {
+    for (const PayoutEntry& entry : *current_entries()) {
         if (!is_payout_on(entry, token_id)) continue;
         add_sats(payouts.paid_total, entry.sats);
         if (!token_id.empty() && !entry.dest.empty())

@@ -1,8 +1,9 @@
 // The payout ledger of the bound wallet: a file that only grows, one entry for each payment that left.
 //
-// Every call opens the file anew, and no figure is kept between calls. Nothing reports failure: a file that
-// cannot be read is empty, a write that fails is dropped. The pay worker appends while the window's thread
-// reads, without a lock: a reader that meets the file during a write may find it empty until the next time.
+// Every call reads the file anew; only a text that is the same as the last, byte for byte, is not taken apart
+// again. Nothing reports failure: a file that cannot be read is empty, a write that fails is dropped. The pay
+// worker appends while the window's thread reads, without a lock: a reader that meets the file during a write
+// may find it empty until the next time.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,7 @@
 #include "shell/history_chart.h"
 
+#include <algorithm>
+
 #include "records/payout_chart.h"
 #include "shell/window_class.h"
 
@@ -7,6 +9,7 @@ namespace {
 
 constexpr const wchar_t* CLASS_NAME = L"BaPayChart";
 constexpr int LABEL_GAP = 6;
+constexpr int LABEL_HEIGHT = 18;
 constexpr int LINE_WIDTH = 2;
 
 struct ChartRecord {
@@ -33,7 +36,9 @@ void ChartRecord::draw_axis(HDC dc, const RECT& area, const ChartRect& plot, std
     draw_text_in(dc, CHART_UNIT, {area.left + 8, area.top, plot.right, plot.top}, DT_LEFT | DT_BOTTOM);
     for (const ChartGridLine& line : chart_grid(plot, top)) {
         draw_line(dc, plot.left, line.y, plot.right, line.y, palette.border);
-        draw_text_in(dc, line.label, {area.left, line.y - 9, plot.left - LABEL_GAP, line.y + 9},
+        // The one at the top leaves the corner to the unit.
+        const int label_top = std::max(line.y - LABEL_HEIGHT / 2, plot.top);
+        draw_text_in(dc, line.label, {area.left, label_top, plot.left - LABEL_GAP, label_top + LABEL_HEIGHT},
                      DT_RIGHT | DT_VCENTER);
     }
     draw_line(dc, plot.left, plot.bottom, plot.right, plot.bottom, palette.muted);

@@ -77,6 +77,19 @@ LRESULT find_row(const NMLVFINDITEMW& wanted, const ListRows& rows) {
     return -1;
 }
 
+// Columns that would fit without the vertical bar are not worth a horizontal one.
+void drop_needless_bar(HWND list) {
+    const LONG_PTR style = GetWindowLongPtrW(list, GWL_STYLE);
+    if ((style & WS_HSCROLL) == 0) return;
+    int columns = 0;
+    for (int i = 0; i < Header_GetItemCount(ListView_GetHeader(list)); ++i)
+        columns += ListView_GetColumnWidth(list, i);
+    RECT place{};
+    GetWindowRect(list, &place);
+    if (columns <= place.right - place.left - 2 * GetSystemMetrics(SM_CXBORDER))
+        SetWindowLongPtrW(list, GWL_STYLE, style & ~static_cast<LONG_PTR>(WS_HSCROLL));
+}
+
 LRESULT CALLBACK list_procedure(HWND list, UINT message, WPARAM first, LPARAM second, UINT_PTR,
                                 DWORD_PTR shell) {
     if (message == WM_NOTIFY) {
@@ -85,6 +98,7 @@ LRESULT CALLBACK list_procedure(HWND list, UINT message, WPARAM first, LPARAM se
             return on_header_draw(*reinterpret_cast<const Shell*>(shell),
                                   *reinterpret_cast<const NMCUSTOMDRAW*>(second));
     }
+    if (message == WM_NCCALCSIZE) drop_needless_bar(list);
     if (message == WM_NCDESTROY) RemoveWindowSubclass(list, list_procedure, SUBCLASS);
     return DefSubclassProc(list, message, first, second);
 }

@@ -2,6 +2,8 @@
 // After objidl.h, which it needs.
 #include <gdiplus.h>
 
+#include <cstdlib>
+
 #include "clasp/qv_clasp_wallet.h"
 #include "core/round_controller.h"
 #include "platform/program.h"
@@ -51,6 +53,14 @@ int run_shell(Shell& shell, int show) {
     return run_message_loop(shell);
 }
 
+// Workers that still run end here, in the middle of whatever they do. An ordinary return would first destroy
+// what the libraries hold, beside the workers that use it: that can hang until the last of them has timed
+// out.
+[[noreturn]] void end_process(int exit_code) {
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exit_code));
+    std::abort();
+}
+
 }  // namespace
 
 int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR, int show) {
@@ -79,5 +89,5 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR, int show) {
     const int exit_code = run_shell(shell, show);
     qv_clasp_http_stop();
     Gdiplus::GdiplusShutdown(gdiplus);
-    return exit_code;
+    end_process(exit_code);
 }

@@ -7,6 +7,7 @@ namespace {
 
 constexpr const wchar_t* HOT_MARK = L"ba.hot";
 constexpr UINT_PTR SUBCLASS = 1;
+constexpr int CAPTION_INSET = 4;
 
 bool is_hot(HWND button) {
     return GetPropW(button, HOT_MARK) != nullptr;
@@ -94,8 +95,9 @@ void draw_content(const Shell& shell, HDC dc, const ButtonState& state, HWND but
     if (is_big_button(state.control))
         draw_big_content(shell, dc, state.control, caption, area, look);
     else
-        draw_text(dc, caption, area, shell.theme.body_font.get(), look.text,
-                  DT_CENTER | DT_VCENTER | DT_SINGLELINE);
+        draw_text(dc, caption, {area.left + CAPTION_INSET, area.top, area.right - CAPTION_INSET, area.bottom},
+                  shell.theme.body_font.get(), look.text,
+                  DT_CENTER | DT_VCENTER | DT_SINGLELINE | DT_END_ELLIPSIS);
 }
 
 }  // namespace
