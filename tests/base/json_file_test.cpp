@@ -64,16 +64,3 @@ TEST(JsonFile, WritesTextThatIsCutInsideACharacter) {
     EXPECT_EQ(json_text(back, "other"), "kept");
     EXPECT_EQ(json_text(back, "name"), "caf\xEF\xBF\xBD");
 }
-
-TEST(JsonFile, FoldersAndMissingFilesReadAsNothing) {
-    const TestHome home;
-    std::string content = "old";
-    EXPECT_FALSE(read_text_file(home.root(), content));
-    EXPECT_TRUE(content.empty());
-    EXPECT_FALSE(read_text_file(home.root() + "/none", content));
-    EXPECT_FALSE(write_text_file(home.root() + "/none/file", "x"));
-    const std::string big(200'000, 'x');
-    home.write("/big", big);
-    EXPECT_TRUE(read_text_file(home.root() + "/big", content));
-    EXPECT_EQ(content, big);
-}

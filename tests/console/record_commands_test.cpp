@@ -132,15 +132,11 @@ TEST_F(RecordCommands, ANoteIsReadAndWrittenOnARowOfTheBoard) {
     EXPECT_EQ(out, "Note cleared for alice.\n");
     EXPECT_EQ(find_note(read_notes(), token, "p:02ab"), "");
 
-    const std::pair<std::string, std::string> refused[] = {
-        {"eve", "No holder is named \"eve\" on this board."},
-        {"", "No handle to attach a note to."},
-    };
-    for (const auto& [who, text] : refused) {
-        EXPECT_EQ(run({"note", token, who, "x", "--json"}), 1);
-        EXPECT_EQ(out, "{\"note\":\"\"}\n");
-        EXPECT_NE(err.find(text), std::string::npos) << err;
-    }
+    EXPECT_EQ(run({"note", token, "eve", "x", "--json"}), 1);
+    EXPECT_EQ(out, "{\"note\":\"\"}\n");
+    EXPECT_NE(err.find("No holder is named \"eve\" on this board."), std::string::npos) << err;
+    EXPECT_EQ(run({"note", token, "", "x"}), 1);
+    EXPECT_NE(err.find("No handle to attach a note to."), std::string::npos) << err;
     remove_file(notes_file_path());
     make_folder(notes_file_path());
     EXPECT_EQ(run({"note", token, "alice", "lost", "--json"}), 1)

@@ -44,25 +44,13 @@ TEST_F(RoundDisplay, TheTokenBoxNamesLotsOrMinted) {
 }
 
 TEST_F(RoundDisplay, TheBoxKeepsATypedTokenSelectedAndFillsAShortEdit) {
-    struct Case {
-        const char* name;
-        std::string typed;
-        int selected;
-        std::string origin;
-    };
-    const Case cases[] = {
-        {"nothing typed", "", 0, A},
-        {"the second typed", B, 1, B},
-        {"a longer text that begins with it", B + "9", 1, B + "9"},
-        {"a short text", "abc", 0, A},
-        {"another token", token_id_of('e'), 0, token_id_of('e')},
-    };
-    for (const Case& one : cases) {
-        SCOPED_TRACE(one.name);
-        type_origin(one.typed);
+    const std::tuple<std::string, int, std::string> cases[] = {
+        {"", 0, A}, {B, 1, B}, {B + "9", 1, B + "9"}, {"abc", 0, A}, {token_id_of('e'), 0, token_id_of('e')}};
+    for (const auto& [typed, selected, origin] : cases) {
+        type_origin(typed);
         tokens({{A, "", "", false}, {B, "", "", false}});
-        EXPECT_EQ(selected_token, one.selected);
-        EXPECT_EQ(texts[CONTROL_ORIGIN], one.origin);
+        EXPECT_EQ(selected_token, selected) << typed;
+        EXPECT_EQ(texts[CONTROL_ORIGIN], origin) << typed;
     }
     type_origin("abc");
     tokens({});

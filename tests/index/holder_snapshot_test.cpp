@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "base/decimal_text.h"
 #include "index/own_addresses.h"
 #include "tests/index/token_world.h"
 #include "wallet/wallet_document.h"
@@ -189,42 +188,25 @@ TEST(HolderSnapshot, AddressesOfOnePersonAreOneRow) {
 }
 
 TEST(HolderSnapshot, WhereAHolderIsPaid) {
+    const std::string current = ordinal_address(2);
+    const std::string owner = person(1), paid = person(9), resolved = person(8);
+    const std::string alias = "bob@" + settings().home_domain;
+    const auto bob = [](const std::string& address) { return Json{{"alias", "bob"}, {"address", address}}; };
     struct Case {
         const char* what;
         Json directory;
-        Json resolved;  // the answer for the alias
-        std::string who, dest;
+        std::string resolves_to, who, dest;
     };
-    const std::string current = ordinal_address(2);
-    const std::string owner = person(1);
-    const std::string alias = "bob@" + settings().home_domain;
     const Case cases[] = {
-        {"nobody knows him", nullptr, nullptr, owner, owner},
-        {"an answer without an alias", {{"address", person(9)}, {"kind", "payment"}}, nullptr, owner, owner},
-        {"a token address without an alias",
-         {{"address", person(9)}, {"kind", "ordinal"}},
-         nullptr,
-         owner,
-         ""},
-        {"a payment address", {{"alias", "bob"}, {"address", person(9)}}, nullptr, alias, person(9)},
-        {"an alias that resolves",
-         {{"alias", "bob"}, {"kind", "ordinal"}},
-         {{"address", person(8)}},
-         alias,
-         person(8)},
-        {"an alias that does not", {{"alias", "bob"}}, nullptr, alias, ""},
-        {"it resolves to this wallet's ordinals", {{"alias", "bob"}}, {{"address", current}}, alias, ""},
-        {"his payment address is this wallet's",
-         {{"alias", "bob"}, {"address", current}},
-         {{"address", person(8)}},
-         alias,
-         person(8)},
-        {"a payment address that is none",
-         {{"alias", "bob"}, {"address", "carol"}},
-         {{"address", person(8)}},
-         alias,
-         person(8)},
-        {"types that are wrong", {{"alias", 5}, {"address", {}}, {"pubkey", nullptr}}, nullptr, owner, owner},
+        {"nobody knows him", nullptr, "", owner, owner},
+        {"a token address without an alias", {{"address", paid}, {"kind", "ordinal"}}, "", owner, ""},
+        {"a payment address", bob(paid), "", alias, paid},
+        {"an alias that resolves", {{"alias", "bob"}, {"kind", "ordinal"}}, resolved, alias, resolved},
+        {"an alias that does not", {{"alias", "bob"}}, "", alias, ""},
+        {"it resolves to this wallet's ordinals", {{"alias", "bob"}}, current, alias, ""},
+        {"his payment address is this wallet's", bob(current), resolved, alias, resolved},
+        {"a payment address that is none", bob("carol"), resolved, alias, resolved},
+        {"types that are wrong", {{"alias", 5}, {"address", {}}, {"pubkey", nullptr}}, "", owner, owner},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -232,9 +214,9 @@ TEST(HolderSnapshot, WhereAHolderIsPaid) {
         world.add_own_lots();
         world.add_holder(owner, "5");
         if (!c.directory.is_null()) world.add_directory(owner, c.directory);
-        if (!c.resolved.is_null()) {
-            world.home_host.on("GET", "/api/bsvalias/address/" + alias, dump_json(c.resolved, -1));
-        }
+        if (!c.resolves_to.empty())
+            world.home_host.on("GET", "/api/bsvalias/address/" + alias,
+                               R"({"address":")" + c.resolves_to + "\"}");
         ASSERT_EQ(world.take(), "");
         EXPECT_EQ(world.row(c.who).dest, c.dest);
         EXPECT_EQ(world.row(c.who).lots, "5");
@@ -279,14 +261,12 @@ TEST(HolderSnapshot, AWalletSwitchedMeanwhileEndsIt) {
     }
 }
 
-TEST(HolderSnapshot, ThousandsOfHoldersTakeOneReadingOfTheRegistryAndOneLookUpEach) {
+TEST(HolderSnapshot, AThousandHoldersTakeOneLookUpEachAtMost) {
     SnapshotWorld world;
-    constexpr unsigned COUNT = 3000;
+    constexpr unsigned COUNT = 1000;
     Json names;
-    std::string total = "1";
     for (unsigned i = 0; i < COUNT; ++i) {
         world.add_holder(person(i), std::to_string(i + 1));
-        total = dec_add(total, std::to_string(i + 1));
         // Names that the registry knows whole need no look-up; every tenth does.
         if (i % 10 != 0) names["n" + std::to_string(i)] = local_name("02" + tx_number(i), person(i), "");
     }
@@ -294,7 +274,7 @@ TEST(HolderSnapshot, ThousandsOfHoldersTakeOneReadingOfTheRegistryAndOneLookUpEa
     world.add_own_lots();
     ASSERT_EQ(world.take(), "");
     EXPECT_EQ(world.board.rows.size(), COUNT + 1);
-    EXPECT_EQ(world.board.total_lots, total);
+    EXPECT_EQ(world.board.total_lots, std::to_string(COUNT * (COUNT + 1) / 2 + 1));
     EXPECT_EQ(world.board.rows.front().lots, std::to_string(COUNT));
     EXPECT_EQ(world.home_host.requests().size(), COUNT / 10 + 1) << "those, and the wallet's own address";
 }

@@ -4,6 +4,7 @@
 
 #include "index/token_meta.h"
 #include "tests/index/token_world.h"
+#include "tests/support/hostile_json.h"
 
 namespace {
 
@@ -42,16 +43,13 @@ TEST(HolderSources, ElementsOfTheHolderList) {
     const Case cases[] = {
         {"address and text", {{"address", a}, {"amt", "0012"}}, "12"},
         {"owner and number", {{"owner", a}, {"amt", 12}}, "12"},
-        {"an empty address gives way", {{"address", ""}, {"owner", a}, {"amt", "1"}}, "1"},
         {"a null address gives way", {{"address", nullptr}, {"owner", a}, {"amt", "1"}}, "1"},
         {"pkhash", {{"pkhash", hash}, {"amt", "1"}}, "1"},
-        {"pkHash", {{"pkHash", hash}, {"amt", "1"}}, "1"},
         {"lock of 20 bytes", {{"lock", hash}, {"amt", "1"}}, "1"},
         {"a bad address gives way to the hash", {{"address", a + "x"}, {"pkhash", hash}, {"amt", "1"}}, "1"},
         {"a lock in Base64", {{"lock", "95EA9JV8O+RWtoU7zrUdcsIRyF2RhhHON/CxiBEpw3Y="}, {"amt", "1"}}, ""},
         {"no owner", {{"amt", "1"}}, ""},
         {"a script address", {{"address", "3J98t1WpEZ73CNmQviecrnyiWrnqRhWNLy"}, {"amt", "1"}}, ""},
-        {"balance as text", {{"address", a}, {"balance", "5"}}, "5"},
         {"balance as number", {{"address", a}, {"balance", 5}}, ""},
         {"an empty amt ends the search", {{"address", a}, {"amt", ""}, {"balance", "5"}}, ""},
         {"amt of another type", {{"address", a}, {"amt", nullptr}, {"balance", "5"}}, "5"},
@@ -60,7 +58,6 @@ TEST(HolderSources, ElementsOfTheHolderList) {
         {"nothing held", {{"address", a}, {"amt", "000"}}, ""},
         {"beyond 64 bits", {{"address", a}, {"amt", "99999999999999999999999"}}, "99999999999999999999999"},
         {"no object", 7, ""},
-        {"a list", {1, 2}, ""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -91,8 +88,9 @@ TEST(HolderSources, AnswersOfAnotherShapeLeaveTheRowsAlone) {
     TokenWorld world;
     const std::string path = "/api/bsv20/id/" + out(1) + "/holders";
     std::vector<HolderTxo> rows{row_of("", "1", person(5))};
-    for (const char* body :
-         {R"({"holders":{}})", "7", "null", "\"text\"", "{}", "[", "<html>", "", R"([[[]]])"}) {
+    std::vector<std::string> bodies = NO_OBJECTS;
+    for (const char* body : {R"({"holders":{}})", "{}", R"([[[]]])"}) bodies.emplace_back(body);
+    for (const std::string& body : bodies) {
         world.server.on("GET", path, body);
         qv_clasp_fetch_holders(out(1), rows);
         EXPECT_EQ(owners_and_lots(rows), (Lines{{person(5), "1"}})) << body;
@@ -124,15 +122,10 @@ TEST(HolderSources, WhatHasMovedIsTakenOffTheDeploy) {
          {{"transfer", "400"}, {"deploy+mint", "600"}}},
         {"all has moved", {{"deploy", "1000"}, {"transfer", "1000"}}, {{"transfer", "1000"}}},
         {"more than all", {{"deploy", "1000"}, {"", "1001"}}, {{"", "1001"}}},
-        {"nothing has moved",
-         {{"deploy", "1000"}, {"transfer", "0"}},
-         {{"deploy", "1000"}, {"transfer", "0"}}},
-        {"two deploys alone", {{"deploy", "1"}, {"deploy", "2"}}, {{"deploy", "1"}, {"deploy", "2"}}},
         {"two deploys and a move",
          {{"deploy", "30"}, {"x", "10"}, {"deploy+mint", "20"}},
          {{"deploy", "40"}, {"x", "10"}}},
         {"two deploys, all moved", {{"deploy", "3"}, {"x", "5"}, {"deploy", "2"}}, {{"x", "5"}}},
-        {"no deploy", {{"transfer", "5"}, {"mint", "6"}}, {{"transfer", "5"}, {"mint", "6"}}},
         {"lots that do not read",
          {{"deploy", "10"}, {"x", ""}, {"x", "4"}},
          {{"deploy", "6"}, {"x", ""}, {"x", "4"}}},
@@ -164,9 +157,7 @@ TEST(TokenMeta, NamesFromTheIndexer) {
         {other, {{"name", " "}, {"sym", "AC"}, {"tick", "T"}}, "", "AC"},
         {other, {{"name", nullptr}, {"sym", 5}, {"tick", "T"}}, "", "T"},
         {other, {{"name", std::string(60, 'x')}}, "", std::string(48, 'x')},
-        {other, {{"name", "A coin"}}, "Given", "Given"},
         {other, Json::array(), "", ""},
-        {other, "text", "", ""},
         {fixed, {{"name", "FWC"}}, "", "Fenwold Coin"},
         {fixed, {{"name", "The long name"}}, "FWC", "Fenwold Coin"},
         {fixed, {{"name", "x"}}, "Longer name", "Longer name"},
@@ -179,18 +170,4 @@ TEST(TokenMeta, NamesFromTheIndexer) {
     world.server.on("GET", "/api/bsv20/id/" + fixed, "<html>", 502);
     EXPECT_EQ(meta_name(fixed), "Fenwold Coin") << "also with the indexer down";
     EXPECT_EQ(meta_name(tx_number(1)), "");
-
-    world.server.on("GET", "/api/bsv20/id/" + other, R"({"name":"N","icon":"I"})");
-    std::string name;
-    std::string icon;
-    qv_clasp_fetch_token_meta(other, name, &icon);
-    EXPECT_EQ(icon, "I");
-    icon = "mine";
-    qv_clasp_fetch_token_meta(other, name, &icon);
-    EXPECT_EQ(icon, "mine");
-}
-
-TEST(TokenMeta, Tickers) {
-    for (const char* name : {"A", "PEPE", "abc123"}) EXPECT_TRUE(is_ticker_like(name)) << name;
-    for (const char* name : {"", "ABCDEFG", "A B", "É", "$AB"}) EXPECT_FALSE(is_ticker_like(name)) << name;
 }

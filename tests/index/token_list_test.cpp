@@ -23,20 +23,6 @@ using Rows = std::vector<std::string>;
 
 }  // namespace
 
-TEST(TokenList, Labels) {
-    Bsv20Meta both;
-    both.name = "Name";
-    both.sym = "SYM";
-    Bsv20Meta symbol;
-    symbol.sym = "SYM";
-    EXPECT_EQ(token_label(out(1), both, "fallback"), "Name");
-    EXPECT_EQ(token_label(out(1), symbol, "fallback"), "SYM");
-    EXPECT_EQ(token_label(out(1), {}, "fallback"), "fallback");
-    EXPECT_EQ(token_label(out(1), {}, ""), "00000000...0001_0");
-    EXPECT_EQ(token_label("0123456789abcdef", {}, ""), "01234567...abcdef");
-    EXPECT_EQ(token_label("0123456789abcde", {}, ""), "0123456789abcde");
-}
-
 TEST(TokenList, FromWhatTheWalletRemembersAlone) {
     SweepWorld world(
         Json::array({owned_row(out(1)), owned_row(out(2), {{"created", true}}), owned_row(out(3)),

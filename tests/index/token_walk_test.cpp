@@ -78,32 +78,19 @@ TEST(TokenWalk, WhichOutputsOfASpenderBelongToTheToken) {
 }
 
 TEST(TokenWalk, ABranchEndsWhereTheChainIsNotKnown) {
-    struct Case {
-        const char* what;
-        ScriptedAnswer spent, tx;
-        Holdings holdings;
-    };
-    const Case cases[] = {
-        {"unspent", {.status = 404, .body = ""}, {}, {{out(1), "1000"}}},
-        {"spend unknown", {.status = 500, .body = "x"}, {}, {}},
-        {"spender unknown",
-         {.status = 200, .body = R"({"txid":")" + tx_number(2) + "\"}"},
-         {.status = 500, .body = ""},
-         {}},
-        {"spender without outputs",
-         {.status = 200, .body = R"({"txid":")" + tx_number(2) + "\"}"},
-         {.status = 200, .body = R"({"vout":{}})"},
-         {}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
+    const std::string spender = R"({"txid":")" + tx_number(2) + "\"}";
+    const auto after = [](int spent_status, const std::string& spent, int tx_status, const std::string& tx) {
         TokenWorld world;
         qv_clasp_clear_spend_cache();
         world.add_deploy(1, person_hash(0), "1000");
-        world.server.on("GET", TokenWorld::spent_path(1, 0), {c.spent});
-        world.server.on("GET", "/woc/tx/" + tx_number(2), {c.tx});
-        EXPECT_EQ(walk(out(1)), c.holdings);
-    }
+        world.server.on("GET", TokenWorld::spent_path(1, 0), spent, spent_status);
+        world.server.on("GET", "/woc/tx/" + tx_number(2), tx, tx_status);
+        return walk(out(1));
+    };
+    EXPECT_EQ(after(404, "", 200, ""), (Holdings{{out(1), "1000"}})) << "unspent";
+    EXPECT_EQ(after(500, "x", 200, ""), Holdings{}) << "spend unknown";
+    EXPECT_EQ(after(200, spender, 500, ""), Holdings{}) << "spender unknown";
+    EXPECT_EQ(after(200, spender, 200, R"({"vout":{}})"), Holdings{}) << "spender without outputs";
     TokenWorld world;
     EXPECT_EQ(walk(tx_number(1)), Holdings{}) << "a bare txid is no token id";
     EXPECT_EQ(world.server.requests().size(), 0U);

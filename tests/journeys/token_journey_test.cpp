@@ -3,7 +3,6 @@
 #include <chrono>
 
 #include "base/text.h"
-#include "index/inscription_fetch.h"
 #include "index/ordinal_listing.h"
 #include "sandbox/sighash.h"
 #include "tests/journeys/journey.h"
@@ -11,8 +10,6 @@
 using namespace sandbox;
 
 namespace {
-
-constexpr std::size_t MOST_CONTENT = 10'485'760;
 
 class TokenJourney : public Journey {
  protected:
@@ -37,7 +34,13 @@ class TokenJourney : public Journey {
         sign_transaction(tx, {{token, owner}, {money, stranger}});
         ASSERT_TRUE(chain().submit(tx.raw).accepted);
     }
-    void remember(const Json& row) {
+    void remember(const Coin& deploy, const KeyPair& owner, const Json& more) {
+        Json row{{"origin", deploy.txid + "_0"},
+                 {"txid", deploy.txid},
+                 {"vout", 0},
+                 {"type", "application/bsv-20"},
+                 {"address", owner.address}};
+        row.update(more);
         const std::string path = "/wallets/" + world().main_wallet.id + "/wallet.json";
         Json document = home.read_json(path);
         document["ord_owned"].push_back(row);
@@ -54,21 +57,8 @@ class TokenJourney : public Journey {
              {transfer(own.hash160, foreign, "50"), transfer(stranger.hash160, foreign, "950")});
         const Coin minted = put_deploy(own.hash160, "All Sold", "300");
         move(minted, own, {transfer(stranger.hash160, minted, "300")});
-        remember({{"origin", minted.txid + "_0"},
-                  {"txid", minted.txid},
-                  {"vout", 0},
-                  {"type", "application/bsv-20"},
-                  {"address", own.address},
-                  {"name", "All Sold"},
-                  {"created", true}});
-
-        const Coin hidden = put_deploy(own.hash160, "Hidden", "9");
-        remember({{"origin", hidden.txid + "_0"},
-                  {"txid", hidden.txid},
-                  {"vout", 0},
-                  {"type", "application/bsv-20"},
-                  {"address", own.address},
-                  {"hidden", true}});
+        remember(minted, own, {{"name", "All Sold"}, {"created", true}});
+        remember(put_deploy(own.hash160, "Hidden", "9"), own, {{"hidden", true}});
         chain().mine();
     }
 
@@ -106,23 +96,6 @@ TEST_F(TokenJourney, AnIndexerThatWasNeverThere) {
     fail("ordinals", "html500");
     // Its transfer is all that the chain shows of the bought token, and that does not bear its name.
     expect_tokens(all_tokens(foreign_id.substr(0, 8) + "..." + foreign_id.substr(60)));
-}
-
-TEST_F(TokenJourney, ContentOfTheLargestSizeIsKeptAndOneByteMoreIsNot) {
-    open(2);
-    connect();
-    for (const std::size_t size : {MOST_CONTENT, MOST_CONTENT + 1}) {
-        const Bytes body(size, 0x5a);
-        const Coin coin =
-            put({1, inscription_script(world().main_wallet.ordinal(0).hash160, "image/png", body)});
-        const std::string origin = coin.txid + "_0";
-        std::string type;
-        Bytes bytes;
-        EXPECT_TRUE(qv_clasp_inscription_bytes(origin, type, bytes, true)) << size;
-        EXPECT_EQ(bytes, body);
-        EXPECT_EQ(type, "image/png");
-        EXPECT_EQ(qv_clasp_inscription_bytes(origin, type, bytes, false), size == MOST_CONTENT) << size;
-    }
 }
 
 TEST_F(TokenJourney, TwoThousandOrdinalsOnFortyAddressesInOneSweep) {

@@ -103,8 +103,6 @@ TEST(PaymailResolve, WithoutAUsableAnswerTheLocalResolverIsAsked) {
         {"no JSON", {.body = "<html>"}},
         {"an address that does not decode", {.body = R"({"address":"1BvBMSEYstWetqTFn5Au4m4GFg7xJaNVN3"})"}},
         {"an address of another type", {.body = R"({"address":17})"}},
-        {"no object", {.body = R"([")" + ALICE + R"("])"}},
-        {"no address", {.body = "{}"}},
         {"a dead connection", {.hang_up = true}},
     };
     for (const auto& [what, answer] : cases) {
@@ -166,39 +164,25 @@ TEST(PaymailResolve, TheWalletIsFreeWhileTheHostIsAsked) {
 TEST(PaymailResolve, AnAddressIsLookedUpAtTheHost) {
     Directory directory;
     struct Case {
-        const char* what;
-        ScriptedAnswer answer;
+        int status;
+        std::string body;
         bool found;
-        std::string alias, pubkey, address, kind;
+        std::string holder;  // alias, pubkey, address, kind
     };
     const Case cases[] = {
-        {"all four",
-         {.body = R"({"alias":"Eve","pubkey":"02AB","address":"1Pay","kind":"ordinal"})"},
-         true,
-         "eve",
-         "02ab",
-         "1Pay",
-         "ordinal"},
-        {"no alias", {.body = R"({"pubkey":"02AB","address":"1Pay"})"}, false, "", "02ab", "1Pay", ""},
-        {"other types",
-         {.body = R"({"alias":"eve","pubkey":2,"address":null,"kind":["bn"]})"},
-         true,
-         "eve",
-         "",
-         "",
-         ""},
-        {"an array", {.body = R"([{"alias":"eve"}])"}, false, "", "", "", ""},
-        {"half a body", {.body = R"({"alias":"e)"}, false, "", "", "", ""},
-        {"not found", {.status = 404, .body = R"({"alias":"eve"})"}, false, "", "", "", ""},
+        {200, R"({"alias":"Eve","pubkey":"02AB","address":"1Pay","kind":"ordinal"})", true,
+         "eve|02ab|1Pay|ordinal"},
+        {200, R"({"pubkey":"02AB","address":"1Pay"})", false, "|02ab|1Pay|"},
+        {200, R"({"alias":"eve","pubkey":2,"address":null,"kind":["bn"]})", true, "eve|||"},
+        {200, R"([{"alias":"eve"}])", false, "|||"},
+        {200, R"({"alias":"e)", false, "|||"},
+        {404, R"({"alias":"eve"})", false, "|||"},
     };
     for (const Case& c : cases) {
-        directory.host.on("GET", "/api/paymail/address/" + ALICE, {c.answer});
+        directory.host.on("GET", "/api/paymail/address/" + ALICE, c.body, c.status);
         std::string alias = "stale", pubkey = "stale", address = "stale", kind = "stale";
-        EXPECT_EQ(qv_clasp_lookup_holder(ALICE, alias, pubkey, address, kind), c.found) << c.what;
-        EXPECT_EQ(alias, c.alias) << c.what;
-        EXPECT_EQ(pubkey, c.pubkey) << c.what;
-        EXPECT_EQ(address, c.address) << c.what;
-        EXPECT_EQ(kind, c.kind) << c.what;
+        EXPECT_EQ(qv_clasp_lookup_holder(ALICE, alias, pubkey, address, kind), c.found) << c.body;
+        EXPECT_EQ(alias + "|" + pubkey + "|" + address + "|" + kind, c.holder) << c.body;
     }
     directory.host.clear_requests();
     for (const std::string& no_address :

@@ -125,24 +125,14 @@ TEST(PayoutHistory, AllTimeBeginsAtTheOldestRowButSpansAnHour) {
         << "stretches under a second";
 }
 
-TEST(PayoutHistory, WhatIsNoTimeShowsADash) {
-    for (const std::int64_t unix : {std::int64_t{0}, std::int64_t{-1}, INT64_MAX, INT64_MIN})
-        EXPECT_EQ(payout_time_text(unix), "-") << unix;
-}
-
 TEST(PayoutChart, TheAxisEndsAtARoundValueAboveEveryBar) {
-    const std::pair<std::int64_t, std::int64_t> cases[] = {
-        {1, 1},
-        {2, 2},
-        {3, 5},
-        {6, 10},
-        {1000, 1000},
-        {1001, 2000},
-        {20'000'001, 50'000'000},
-        {500'000'000, 500'000'000},
-        {5'000'000'000'000'000'000, 5'000'000'000'000'000'000},
-        {INT64_MAX, INT64_MAX},
-    };
+    const std::pair<std::int64_t, std::int64_t> cases[] = {{1, 1},
+                                                           {3, 5},
+                                                           {6, 10},
+                                                           {1000, 1000},
+                                                           {1001, 2000},
+                                                           {20'000'001, 50'000'000},
+                                                           {INT64_MAX, INT64_MAX}};
     const ChartRect plot = {62, 16, 362, 117};
     for (const auto& [max, top] : cases) {
         const std::vector<std::int64_t> buckets = {max, 0, -5, max / 2};
@@ -155,25 +145,4 @@ TEST(PayoutChart, TheAxisEndsAtARoundValueAboveEveryBar) {
     }
     EXPECT_FALSE(chart_has_payouts({0, -1}));
     EXPECT_FALSE(chart_has_payouts({}));
-}
-
-TEST(PayoutChart, BarsPointsAndLabelsHaveTheirPlaces) {
-    const ChartRect plot = chart_plot({0, 0, 374, 139});
-    EXPECT_TRUE(chart_plot_is_usable(plot));
-    EXPECT_FALSE(chart_plot_is_usable({0, 0, 19, 300}));
-    const std::vector<ChartRect> bars = chart_bars(plot, {50, 100, 0}, 100);
-    EXPECT_EQ(bars[0].left, 64);
-    EXPECT_EQ(bars[0].right - bars[0].left, (300 - 8) / 3);
-    EXPECT_EQ(bars[1].left, 64 + 97 + 2);
-    EXPECT_EQ(bars[0].top, 117 - 50);
-    EXPECT_EQ(bars[1].top, 17);
-    EXPECT_EQ(chart_points(plot, {50, 100, 0}, 100)[2].x, 362);
-    EXPECT_EQ(chart_points(plot, {100}, 100)[0].x, 62);
-    EXPECT_EQ(chart_grid(plot, 100)[1].y, 117 - 25);
-    EXPECT_EQ(chart_axis_label(0), "0");
-    EXPECT_EQ(chart_axis_label(250'000'000), "2.5");
-    EXPECT_EQ(chart_axis_label(1'000'000'000), "10.0");
-    EXPECT_EQ(chart_axis_label(25), "0.00000025");
-    EXPECT_EQ(chart_caption({"a", "b", "c"}), "a  ->  c");
-    EXPECT_EQ(chart_caption({"a"}), "a");
 }

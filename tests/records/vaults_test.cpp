@@ -128,11 +128,10 @@ TEST(Vaults, TheWouldBeSplitCountsTheReserveIn) {
         "If this vault were the dividend pot for Meadow:\r\nWould pay out (in-market): 0.00000066 BSV\r\n"
         "Retained (this wallet's reserve lots): 0.00000034 BSV\r\nFloat 200 / total 300 lots. Information "
         "only - this does not send.");
-    const std::string look_up = "Look up Vault Value first (open or pick a vault).";
     const std::string snapshot =
         "Snapshot a token on the main window first. The split uses that token's in-market vs reserve lots.";
     const std::string too_large = "Token lot totals are too large to split in this build.";
-    EXPECT_EQ(vault_split_text(-1, {}), look_up);
+    EXPECT_EQ(vault_split_text(-1, {}), "Look up Vault Value first (open or pick a vault).");
     EXPECT_EQ(vault_split_text(0, {false, "t", "", "3", "2"}), snapshot);
     for (const std::string total : {"", "0"})
         EXPECT_EQ(vault_split_text(0, {true, "t", "", total, "2"}), snapshot);

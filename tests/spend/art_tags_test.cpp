@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-#include <vector>
-
 #include "base/text.h"
+#include "tests/support/hostile_json.h"
 #include "tests/support/test_home.h"
 
 namespace {
@@ -16,17 +14,11 @@ const std::string LOWER = ascii_lower(TXID);
 }  // namespace
 
 TEST(ArtTags, KeysAreOutpointsInLowerCase) {
-    const std::vector<std::pair<std::string, std::string>> keys = {{TXID, LOWER + "_0"},
-                                                                   {TXID + "_0", LOWER + "_0"},
-                                                                   {TXID + "_12", LOWER + "_12"},
-                                                                   {TXID + "_X", LOWER + "_x"},
-                                                                   {"", ""},
-                                                                   {TXID.substr(1), ""},
-                                                                   {TXID + "_", ""},
-                                                                   {TXID + ":0", ""},
-                                                                   {TXID + "0_1", ""},
-                                                                   {"_" + TXID, ""}};
-    for (const auto& [outpoint, key] : keys) EXPECT_EQ(qv_clasp_art_tag_key(outpoint), key) << outpoint;
+    for (const std::string end : {"_0", "_12", "_X"})
+        EXPECT_EQ(qv_clasp_art_tag_key(TXID + end), ascii_lower(TXID + end));
+    EXPECT_EQ(qv_clasp_art_tag_key(TXID), LOWER + "_0");
+    for (const std::string& bad : {std::string(), TXID.substr(1), TXID + "_", TXID + ":0", TXID + "0_1"})
+        EXPECT_EQ(qv_clasp_art_tag_key(bad), "") << bad;
 }
 
 TEST(ArtTags, AreKeptInOneFile) {
@@ -42,30 +34,13 @@ TEST(ArtTags, AreKeptInOneFile) {
 }
 
 TEST(ArtTags, ABadFileCountsAsEmptyAndIsReplaced) {
-    for (const std::string content : {"", "{", "[1]", "null", "\xff\xfe", R"({"a":)"}) {
+    for (const std::string& content : NO_OBJECTS) {
         const TestHome home;
         home.write("/art/tags.json", content);
         EXPECT_EQ(qv_clasp_art_tag_get(TXID), "");
         qv_clasp_art_tag_set(TXID, "genesis");
         EXPECT_EQ(home.read_json("/art/tags.json"), (Json{{LOWER + "_0", "genesis"}}));
     }
-    const TestHome home;
-    home.write("/art/tags.json", Json{{LOWER + "_0", 7}, {LOWER + "_1", "kept"}});
-    EXPECT_EQ(qv_clasp_art_tag_get(TXID), "");
-    qv_clasp_art_tag_set(TXID, "text");
-    EXPECT_EQ(qv_clasp_art_tag_get(TXID + "_1"), "kept");
-}
-
-TEST(ArtTags, WritersOnManyThreadsLoseNothing) {
-    const TestHome home;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([t] {
-            for (int i = 0; i < 10; ++i) qv_clasp_art_tag_set(TXID + "_" + std::to_string(10 * t + i), "tag");
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(home.read_json("/art/tags.json").size(), 40U);
 }
 
 TEST(SealedArtTags, OpenOnlyWithTheRightTag) {

@@ -61,9 +61,7 @@ const Turn ARC_FORGETS = refuses(R"({"txStatus":"SEEN_ON_NETWORK"})", 200);
 
 // Posts to the chain service and to ARC, and looks at the transaction; home is always asked once.
 struct Requests {
-    std::size_t woc;
-    std::size_t arc;
-    std::size_t probes;
+    std::size_t woc, arc, probes;
 };
 
 // "success" as the result stands for the success text; the first looks miss.
@@ -164,17 +162,6 @@ TEST(Broadcast, WaitsBetweenProbesAndNotAfterTheLast) {
     EXPECT_EQ(FakeClock::sleeps(), std::vector<std::int64_t>(3 * 7, 700));
 }
 
-TEST(Broadcast, HandsTheSameTransactionToEachTarget) {
-    ReadyPayment payment;
-    payment.net.home_does({refuses("{}", 200)});
-    payment.net.woc_does({refuses("no")});
-    EXPECT_EQ(payment.broadcast(), "success: " + payment.expected);
-    const std::vector<sandbox::Transaction> payments = payment.net.payments();
-    ASSERT_EQ(payments.size(), 1U);
-    EXPECT_EQ(payments[0].txid, payment.expected);
-    EXPECT_EQ(payments[0].outputs[0].sats, 1000);
-}
-
 // The submit to the family's host is a courtesy: two seconds, then the chain service. Real time passes here.
 TEST(Broadcast, ASlowHomeHoldsNothingUp) {
     ReadyPayment payment;
@@ -214,12 +201,9 @@ TEST(ArcVerdict, FollowsTheStatusTable) {
         {R"({"txStatus":"MINED","extraInfo":"missingorspent"})", "missingorspent"},
         {R"({"txStatus":"MINED","extraInfo":"MISSING INPUTS"})", "accepted"},
         {R"({"txStatus":"QUEUED","extraInfo":"later"})", "later"},
-        {R"({"txStatus":"QUEUED"})", "QUEUED"},
         {R"({"txStatus":"mined"})", "mined"},
         {R"({"txStatus":7,"extraInfo":null})", "broadcast did not confirm"},
         {"{}", "broadcast did not confirm"},
-        {"[]", "broadcast did not confirm"},
-        {"null", "broadcast did not confirm"},
         {"", "bad arc response"},
         {"<html>", "<html>"},
         {R"({"txStatus":"MINED")", R"({"txStatus":"MINED")"},

@@ -77,23 +77,11 @@ TEST(RefreshCoins, ACompleteReadPrunesPendingCoinsThatItDoesNotShow) {
     EXPECT_TRUE(qv_clasp_is_pending(txid_of(3), 0));
 }
 
-TEST(RefreshCoins, WithoutAWalletNothingIsRead) {
-    GuardWorld world;
-    qv_clasp_wipe_session();
-    remove_file(world.home.root() + ONE_WALLET_PATH);
-    EXPECT_FALSE(world.refresh());
-    EXPECT_EQ("no wallet", world.error);
-    EXPECT_TRUE(world.lock.owns_lock());
-    EXPECT_EQ(0U, world.server.count("GET"));
-}
-
 TEST(RefreshCoins, TheMutexIsFreeDuringTheReadsAndAChangedWalletEndsThem) {
     enum class Change { None, OtherWallet, NoWallet };
     for (const Change change : {Change::None, Change::OtherWallet, Change::NoWallet}) {
         GuardWorld world;
-        const std::string other_words =
-            "legal winner thank year wave sausage worth useful legal winner thank yellow";
-        add_wallet(world.home, "w2", one_wallet_document(other_words));
+        add_wallet(world.home, "w2", one_wallet_document(OTHER_WORDS));
         world.chain_lists(receive_address(0), {{txid_of(1), 0, 5000}});
         std::once_flag once;
         world.server.on_any([&](const ScriptedRequest&, ScriptedAnswer&) {

@@ -12,6 +12,9 @@
 inline const std::string ONE_WALLET_ID = "w1700000000001";
 inline const std::string ONE_WALLET_WORDS =
     "abandon abandon abandon abandon abandon abandon abandon abandon abandon abandon abandon about";
+// Words of another wallet, for tests that switch.
+inline const std::string OTHER_WORDS =
+    "legal winner thank year wave sausage worth useful legal winner thank yellow";
 inline const std::string ONE_WALLET_PATH = "/wallets/" + ONE_WALLET_ID + "/wallet.json";
 
 inline Json one_wallet_document(const std::string& words = ONE_WALLET_WORDS) {

@@ -46,3 +46,5 @@ Settings settings_on(const std::string& base, const std::string& home_host);
 // A test data file of tests/data, whole.
 std::string test_data_text(const std::string& name);
 Json test_data(const std::string& name);
+// The rows under one of its keys, never none; by value, since they outlive the document.
+Json test_rows(const std::string& name, const char* key);

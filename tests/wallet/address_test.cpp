@@ -16,29 +16,21 @@ Hash160 hash_of(const std::string& hex) {
 
 }  // namespace
 
-TEST(Address, ReadsAndWritesThePublishedOnes) {
+TEST(Address, ReadsAndWritesThePublishedOnesAndNoOtherKind) {
     const Json vectors = test_data("base58.json");
+    Hash160 hash{};
     for (const Json& row : vectors["p2pkhMainnet"]) {
         const std::string text = json_text(row, "text");
         const Hash160 expected = hash_of(json_text(row, "hash160"));
-        Hash160 hash{};
         EXPECT_TRUE(qv_clasp_address_to_hash160(text, hash)) << text;
         EXPECT_EQ(hash, expected) << text;
         EXPECT_EQ(qv_clasp_address_from_hash160(expected), text);
     }
-}
-
-TEST(Address, RefusesEverythingElseThatIsPublished) {
-    const Json vectors = test_data("base58.json");
-    Hash160 hash{};
-    for (const char* kind : {"wifMainnet", "otherKinds"}) {
-        for (const Json& row : vectors[kind]) {
-            EXPECT_FALSE(qv_clasp_address_to_hash160(json_text(row, "text"), hash)) << row.dump();
-        }
-    }
-    for (const Json& text : vectors["invalid"]) {
+    for (const char* kind : {"wifMainnet", "otherKinds"})
+        for (const Json& row : vectors[kind])
+            EXPECT_FALSE(qv_clasp_address_to_hash160(json_text(row, "text"), hash)) << row;
+    for (const Json& text : vectors["invalid"])
         EXPECT_FALSE(qv_clasp_address_to_hash160(text.get<std::string>(), hash)) << text;
-    }
 }
 
 TEST(Address, NoticesEveryDamageToAnAddress) {
@@ -86,9 +78,9 @@ TEST(PayToPublicKeyHash, IsRecognisedInExactlyItsOneForm) {
     Hash160 found{};
     EXPECT_TRUE(p2pkh_script_hash(script, found));
     EXPECT_EQ(found, hash);
-    for (const int at : {0, 1, 2, 23, 24}) {
+    for (const std::size_t at : {0U, 1U, 2U, 23U, 24U}) {
         Bytes other = script;
-        other[static_cast<std::size_t>(at)] ^= 1;
+        other[at] ^= 1;
         EXPECT_FALSE(p2pkh_script_hash(other, found)) << at;
     }
     Bytes longer = script;

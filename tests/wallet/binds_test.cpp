@@ -35,30 +35,13 @@ TEST(BindKey, KeepsLettersAndDigitsOfTheLast96Bytes) {
     }
 }
 
-TEST(Init, TakesItsDefaultsForAnEmptyIdentity) {
-    const TestHome home;
-    EXPECT_FALSE(qv_clasp_app_mode());
-    qv_clasp_set_active_wallet_id("w5");
-    EXPECT_EQ(qv_clasp_read_bind(), "w5") << "outside an application the selection is the bind";
-    qv_clasp_write_bind("w6");
-    qv_clasp_drop_bind();
-    EXPECT_EQ(qv_clasp_active_wallet_id(), "w5");
-    qv_clasp_init("", "");
-    EXPECT_TRUE(qv_clasp_app_mode());
-    EXPECT_EQ(qv_clasp_app_name(), "App");
-    EXPECT_EQ(qv_clasp_app_instance(), ".");
-    EXPECT_EQ(qv_clasp_bind_path(), home.root() + "/binds/_.json");
-    EXPECT_EQ(qv_clasp_active_wallet_id(), "");
-}
-
 TEST(Init, ChoosesTheWalletOfTheBindOrTheOnlyOne) {
     const Json one = {{"id", "w1"}, {"name", "One"}};
     const Json two = {{"id", "w2"}, {"name", "Two"}};
     struct Row {
         const char* what;
         std::vector<Json> wallets;
-        std::string bind;
-        std::string active;
+        std::string bind, active;
         bool bind_written;
     };
     for (const Row& row :

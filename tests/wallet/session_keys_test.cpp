@@ -1,9 +1,9 @@
 #include "wallet/session_keys.h"
 
 #include <gtest/gtest.h>
-#include <openssl/evp.h>
 
 #include "base/hex.h"
+#include "sandbox/service_reply.h"
 #include "tests/support/one_wallet.h"
 #include "wallet/hashes.h"
 #include "wallet/wallet_document.h"
@@ -150,15 +150,13 @@ TEST_F(SessionKeys, AreOwnedFurtherUpOnceTheCounterHasGrown) {
 TEST_F(SessionKeys, OfOneWalletAreForgottenWithIt) {
     load({0, 1, 0, 0, 0, 0});
     EXPECT_TRUE(finds(receive_address(1), "1'/0/1"));
-    const std::string other_words =
-        "legal winner thank year wave sausage worth useful legal winner thank yellow";
-    add_wallet(home_, "w2", one_wallet_document(other_words));
+    add_wallet(home_, "w2", one_wallet_document(OTHER_WORDS));
     qv_clasp_wipe_session();
     qv_clasp_set_active_wallet_id("w2");
     ASSERT_TRUE(qv_clasp_load());
     EXPECT_FALSE(finds(receive_address(1), ""));
-    EXPECT_TRUE(qv_clasp_owns_address(sandbox::derive(other_words, "m/44'/236'/1'/0/0").address));
-    EXPECT_TRUE(qv_clasp_owns_address(sandbox::derive(other_words, "m/44'/236'/100'/0/0").address));
+    EXPECT_TRUE(qv_clasp_owns_address(sandbox::derive(OTHER_WORDS, "m/44'/236'/1'/0/0").address));
+    EXPECT_TRUE(qv_clasp_owns_address(sandbox::derive(OTHER_WORDS, "m/44'/236'/100'/0/0").address));
 }
 
 TEST_F(SessionKeys, TellTheNameRegistryTheOrdinalAddress) {
@@ -180,12 +178,7 @@ TEST_F(SessionKeys, SignATextAsTheIdentity) {
         ASSERT_TRUE(qv_clasp_sign_identity(text, pub, signature, error));
         EXPECT_EQ(error, "");
         EXPECT_EQ(pub, qv_clasp_hex_encode(identity.pub));
-        ASSERT_EQ(signature.size(), 88U);
-        EXPECT_TRUE(signature.ends_with("=="));
-        Bytes rs(66);
-        const auto* base64 = reinterpret_cast<const unsigned char*>(signature.data());
-        ASSERT_EQ(EVP_DecodeBlock(rs.data(), base64, 88), 66);
-        rs.resize(64);
+        const Bytes rs = sandbox::from_base64(signature);
         if (size <= 0xFFFF) {
             EXPECT_TRUE(sandbox::verify_compact(identity.pub, sandbox::message_digest(text), rs)) << size;
         }
