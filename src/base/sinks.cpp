@@ -1,11 +1,12 @@
 #include "base/sinks.h"
 
-#include <mutex>
 #include <utility>
+
+#include "base/ranked_mutex.h"
 
 namespace {
 
-std::mutex sink_mutex;
+RankedMutex<LockRank::Leaf> sink_mutex;
 TextSink log_sink;
 TextSink event_sink;
 
@@ -13,7 +14,7 @@ TextSink event_sink;
 void hand_to(const TextSink& slot, const std::string& text) {
     TextSink sink;
     {
-        const std::lock_guard<std::mutex> hold(sink_mutex);
+        const std::lock_guard hold(sink_mutex);
         sink = slot;
     }
     if (sink) sink(text);
@@ -22,12 +23,12 @@ void hand_to(const TextSink& slot, const std::string& text) {
 }  // namespace
 
 void qv_clasp_set_log_sink(TextSink sink) {
-    const std::lock_guard<std::mutex> hold(sink_mutex);
+    const std::lock_guard hold(sink_mutex);
     log_sink = std::move(sink);
 }
 
 void qv_clasp_set_event_sink(TextSink sink) {
-    const std::lock_guard<std::mutex> hold(sink_mutex);
+    const std::lock_guard hold(sink_mutex);
     event_sink = std::move(sink);
 }
 

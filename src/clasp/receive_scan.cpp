@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <mutex>
 #include <optional>
 
 #include "base/json_file.h"
+#include "base/ranked_mutex.h"
 #include "base/settings.h"
 #include "net/http_client.h"
 #include "wallet/key_derivation.h"
@@ -21,8 +21,9 @@ constexpr unsigned PROBE_TIMEOUT_S = 20;
 constexpr int PROBE_TRIES = 4;
 
 // Never destroyed: a worker may still run when the process ends.
-std::mutex& scan_mutex() {
-    static auto& mutex = *new std::mutex;
+using ScanMutex = RankedMutex<LockRank::Scan>;
+ScanMutex& scan_mutex() {
+    static auto& mutex = *new ScanMutex;
     return mutex;
 }
 
@@ -103,7 +104,7 @@ bool has_balance(const Json& row) {
 }  // namespace
 
 void qv_clasp_scan_receive() {
-    const std::lock_guard<std::mutex> one_scan(scan_mutex());
+    const std::lock_guard one_scan(scan_mutex());
     const ScanPlan plan = plan_scan();
     std::uint32_t highest = plan.base;
     const std::optional<std::uint32_t> last_index = probe_in_batches(plan.rows, highest);

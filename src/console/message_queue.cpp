@@ -18,13 +18,13 @@ RoundWorkers MessageQueue::workers() {
 }
 
 std::unique_ptr<RoundMessage> MessageQueue::wait() {
-    std::unique_lock<std::mutex> lock(mutex_);
+    std::unique_lock lock(mutex_);
     arrived_.wait(lock, [this] { return !messages_.empty(); });
     return take();
 }
 
 std::unique_ptr<RoundMessage> MessageQueue::wait(int timeout_ms) {
-    std::unique_lock<std::mutex> lock(mutex_);
+    std::unique_lock lock(mutex_);
     const std::chrono::milliseconds timeout(timeout_ms);
     if (!arrived_.wait_for(lock, timeout, [this] { return !messages_.empty(); })) return nullptr;
     return take();
@@ -33,7 +33,7 @@ std::unique_ptr<RoundMessage> MessageQueue::wait(int timeout_ms) {
 void MessageQueue::join_workers() {
     std::vector<std::thread> threads;
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
+        const std::lock_guard lock(mutex_);
         threads.swap(threads_);
     }
     for (std::thread& thread : threads) thread.join();
@@ -41,14 +41,14 @@ void MessageQueue::join_workers() {
 
 void MessageQueue::post(std::unique_ptr<RoundMessage> message) {
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
+        const std::lock_guard lock(mutex_);
         messages_.push_back(std::move(message));
     }
     arrived_.notify_one();
 }
 
 void MessageQueue::start(std::function<void()> job) {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const std::lock_guard lock(mutex_);
     threads_.emplace_back(std::move(job));
 }
 

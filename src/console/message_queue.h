@@ -5,10 +5,10 @@
 #include <condition_variable>
 #include <deque>
 #include <memory>
-#include <mutex>
 #include <thread>
 #include <vector>
 
+#include "base/ranked_mutex.h"
 #include "core/round_worker.h"
 
 class MessageQueue {
@@ -33,8 +33,8 @@ class MessageQueue {
     void start(std::function<void()> job);
     std::unique_ptr<RoundMessage> take();
 
-    std::mutex mutex_;
-    std::condition_variable arrived_;
+    RankedMutex<LockRank::Leaf> mutex_;
+    std::condition_variable_any arrived_;
     std::deque<std::unique_ptr<RoundMessage>> messages_;
     std::vector<std::thread> threads_;
 };

@@ -1,8 +1,8 @@
 #include "index/chain_view.h"
 
-#include <mutex>
 #include <unordered_map>
 
+#include "base/ranked_mutex.h"
 #include "base/settings.h"
 #include "base/text.h"
 #include "net/http_client.h"
@@ -16,7 +16,7 @@ constexpr int HISTORY_TIMEOUT_S = 25;
 
 // Never destroyed, since a worker may still run when the process ends.
 struct ChainCache {
-    std::mutex mutex;  // the chain lock
+    RankedMutex<LockRank::Leaf> mutex;  // the chain lock
     std::unordered_map<std::string, std::shared_ptr<const Json>> transactions;
     std::unordered_map<std::string, SpendStatus> spend_statuses;
     std::unordered_map<std::string, std::string> spenders;
@@ -28,14 +28,14 @@ ChainCache& chain_cache() {
 
 void keep_spend(const std::string& key, SpendStatus status, const std::string& spender) {
     ChainCache& cache = chain_cache();
-    const std::lock_guard<std::mutex> hold(cache.mutex);
+    const std::lock_guard hold(cache.mutex);
     cache.spend_statuses[key] = status;
     if (!spender.empty()) cache.spenders[key] = spender;
 }
 
 bool kept_spend(const std::string& key, SpendStatus& status, std::string& spender) {
     ChainCache& cache = chain_cache();
-    const std::lock_guard<std::mutex> hold(cache.mutex);
+    const std::lock_guard hold(cache.mutex);
     const auto found = cache.spend_statuses.find(key);
     if (found == cache.spend_statuses.end()) return false;
     status = found->second;
@@ -57,7 +57,7 @@ std::shared_ptr<const Json> qv_clasp_shared_tx(const std::string& txid) {
     if (!is_hex64(txid)) return nullptr;
     {
         ChainCache& cache = chain_cache();
-        const std::lock_guard<std::mutex> hold(cache.mutex);
+        const std::lock_guard hold(cache.mutex);
         const auto found = cache.transactions.find(txid);
         if (found != cache.transactions.end()) return found->second;
     }
@@ -70,7 +70,7 @@ std::shared_ptr<const Json> qv_clasp_shared_tx(const std::string& txid) {
     }
     auto tx = std::make_shared<const Json>(std::move(document));
     ChainCache& cache = chain_cache();
-    const std::lock_guard<std::mutex> hold(cache.mutex);
+    const std::lock_guard hold(cache.mutex);
     cache.transactions[txid] = tx;
     return tx;
 }
@@ -112,7 +112,7 @@ SpendStatus qv_clasp_spend_status(const std::string& txid, std::uint32_t vout, s
 
 void qv_clasp_clear_spend_cache() {
     ChainCache& cache = chain_cache();
-    const std::lock_guard<std::mutex> hold(cache.mutex);
+    const std::lock_guard hold(cache.mutex);
     cache.spend_statuses.clear();
     cache.spenders.clear();
 }

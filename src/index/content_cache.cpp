@@ -1,9 +1,9 @@
 #include "index/content_cache.h"
 
-#include <mutex>
 #include <system_error>
 
 #include "base/json_file.h"
+#include "base/ranked_mutex.h"
 #include "index/inscription.h"
 #include "wallet/data_root.h"
 
@@ -12,7 +12,7 @@ namespace {
 constexpr std::uintmax_t MOST_BODY_BYTES = 10'485'760;
 
 // The sweep's pools read and write here at once.
-std::mutex cache_mutex;
+RankedMutex<LockRank::Leaf> cache_mutex;
 
 bool may_name_a_file(const std::string& origin) {
     std::string txid;
@@ -50,7 +50,7 @@ void qv_clasp_cache_put(const std::string& origin, const std::string& type, cons
     if (!may_name_a_file(origin) || bytes.empty() || bytes.size() > MOST_BODY_BYTES) return;
     const std::string folder = cache_folder();
     const std::string line = first_line(type);
-    const std::lock_guard<std::mutex> hold(cache_mutex);
+    const std::lock_guard hold(cache_mutex);
     make_folder(folder);
     write_if_different(folder + "/" + origin + ".bin", body_text(bytes));
     if (!line.empty()) write_if_different(folder + "/" + origin + ".typ", line);
@@ -64,7 +64,7 @@ bool qv_clasp_cache_get(const std::string& origin, std::string& type_out, Bytes&
     std::string body;
     std::string type;
     {
-        const std::lock_guard<std::mutex> hold(cache_mutex);
+        const std::lock_guard hold(cache_mutex);
         if (!read_body(stem + ".bin", body)) return false;
         read_text_file(stem + ".typ", type);
     }
@@ -77,7 +77,7 @@ void qv_clasp_name_put(const std::string& origin, const std::string& name) {
     const std::string line = clean_name(first_line(name));
     if (!may_name_a_file(origin) || line.empty()) return;
     const std::string folder = cache_folder();
-    const std::lock_guard<std::mutex> hold(cache_mutex);
+    const std::lock_guard hold(cache_mutex);
     make_folder(folder);
     write_if_different(folder + "/" + origin + ".nam", line);
 }
@@ -86,7 +86,7 @@ std::string qv_clasp_name_get(const std::string& origin) {
     if (!may_name_a_file(origin)) return "";
     const std::string path = cache_folder() + "/" + origin + ".nam";
     std::string name;
-    const std::lock_guard<std::mutex> hold(cache_mutex);
+    const std::lock_guard hold(cache_mutex);
     read_text_file(path, name);
     return clean_name(first_line(name));
 }

@@ -1,11 +1,11 @@
 #include "index/history_ingest.h"
 
 #include <algorithm>
-#include <mutex>
 #include <unordered_set>
 #include <utility>
 
 #include "base/parallel_for.h"
+#include "base/ranked_mutex.h"
 #include "base/settings.h"
 #include "base/text.h"
 #include "index/chain_view.h"
@@ -120,7 +120,7 @@ bool read_identity_row(const Json& entry, const std::string& txid, std::uint32_t
 void ingest_woc_recent_ords(const std::vector<std::string>& watch, std::vector<LocalOrd>& found_inout,
                             std::uint64_t generation) {
     const AddressesByHash watched = addresses_by_hash(watch);
-    std::mutex found_mutex;
+    RankedMutex<LockRank::Leaf> found_mutex;
     parallel_for(watch.size(), INGEST_THREADS, [&](std::size_t i) {
         if (generation_moved(generation)) return;
         std::vector<LocalOrd> found;
@@ -128,7 +128,7 @@ void ingest_woc_recent_ords(const std::vector<std::string>& watch, std::vector<L
             if (generation_moved(generation)) break;
             find_watched_tokens(txid, watched, found);
         }
-        const std::lock_guard<std::mutex> hold(found_mutex);
+        const std::lock_guard hold(found_mutex);
         std::move(found.begin(), found.end(), std::back_inserter(found_inout));
     });
 }

@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <map>
-#include <mutex>
 
 #include "base/amounts.h"
 #include "base/parallel_for.h"
+#include "base/ranked_mutex.h"
 #include "base/settings.h"
 #include "base/text.h"
 #include "index/content_cache.h"
@@ -27,7 +27,7 @@ constexpr std::size_t WALK_THREADS = 4;
 // answer this time has not lost its tokens. Never destroyed, since a worker may still run when the process
 // ends.
 struct LastListings {
-    std::mutex mutex;
+    RankedMutex<LockRank::Listings> mutex;
     std::map<std::string, std::map<std::string, TextSet>> by_scope;
 };
 LastListings& last_listings() {
@@ -135,7 +135,7 @@ void ask_indexer(OrdinalSweep& sweep) {
 
 void take_token_listings(OrdinalSweep& sweep) {
     LastListings& memory = last_listings();
-    const std::lock_guard<std::mutex> hold(memory.mutex);
+    const std::lock_guard hold(memory.mutex);
     std::map<std::string, TextSet>& last = memory.by_scope[sweep.scope_key];
     for (const AddressSweep& address : sweep.addresses) {
         if (address.bsv20_ok) {

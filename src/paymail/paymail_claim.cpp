@@ -1,9 +1,8 @@
 #include "paymail/paymail_claim.h"
 
-#include <mutex>
-
 #include "base/clock.h"
 #include "base/json_file.h"
+#include "base/ranked_mutex.h"
 #include "base/settings.h"
 #include "base/sinks.h"
 #include "base/text.h"
@@ -23,7 +22,7 @@ constexpr int CLAIM_TRIES = 4;
 // The last claim that the host took. It outlives a session, since the host remembers as well, and it is never
 // destroyed, since a worker may still run when the process ends.
 struct ClaimMemory {
-    std::mutex mutex;
+    RankedMutex<LockRank::Leaf> mutex;
     std::string last_key;
 };
 ClaimMemory& claim_memory() {
@@ -149,11 +148,11 @@ void qv_clasp_claim_once(const std::string& paymail, const std::string& pubkey, 
     const std::string claim_key = paymail + "|" + address + "|" + ord_address + "|" + avatar + "|bn1";
     ClaimMemory& memory = claim_memory();
     {
-        const std::lock_guard<std::mutex> hold(memory.mutex);
+        const std::lock_guard hold(memory.mutex);
         if (claim_key == memory.last_key) return;
     }
     if (!qv_clasp_claim_paymail(paymail, pubkey, address, avatar, ord_address).empty()) return;
-    const std::lock_guard<std::mutex> hold(memory.mutex);
+    const std::lock_guard hold(memory.mutex);
     memory.last_key = claim_key;
 }
 

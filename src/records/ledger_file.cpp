@@ -1,9 +1,10 @@
+#include "records/ledger_file.h"
+
 #include <fstream>
-#include <mutex>
 #include <system_error>
 
+#include "base/ranked_mutex.h"
 #include "platform/file_lock.h"
-#include "records/ledger_file.h"
 #include "records/ledger_text.h"
 
 namespace {
@@ -11,7 +12,7 @@ namespace {
 // A ledger that can be extended: a document of nothing but `entries`, with its last row as it stands in the
 // text.
 struct KnownLedger {
-    std::mutex mutex;
+    RankedMutex<LockRank::Leaf> mutex;
     std::string path;  // empty if there is nothing to build on
     std::uintmax_t size = 0;
     std::filesystem::file_time_type time;
@@ -120,7 +121,7 @@ void rewrite(KnownLedger& known, const std::string& path, const Json& row) {
 
 void append_ledger_row(const std::string& path, const Json& row) {
     KnownLedger& known = known_ledger();
-    const std::lock_guard<std::mutex> hold(known.mutex);
+    const std::lock_guard hold(known.mutex);
     // Two programs on one wallet must not write at once: the second would write behind what it has not seen.
     const FileLock only_writer(path + ".lock");
     const std::string text = row_text(row);

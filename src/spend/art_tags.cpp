@@ -4,10 +4,10 @@
 
 #include <limits>
 #include <memory>
-#include <mutex>
 
 #include "base/hex.h"
 #include "base/json_file.h"
+#include "base/ranked_mutex.h"
 #include "base/text.h"
 #include "wallet/data_root.h"
 #include "wallet/hashes.h"
@@ -19,8 +19,8 @@ constexpr std::string_view SEALED_TAG_LABEL = "QV-Ink-Key-v7";
 constexpr std::size_t NONCE_SIZE = 12;
 constexpr std::size_t GCM_TAG_SIZE = 16;
 
-std::mutex& tags_mutex() {
-    static std::mutex mutex;
+RankedMutex<LockRank::Leaf>& tags_mutex() {
+    static RankedMutex<LockRank::Leaf> mutex;
     return mutex;
 }
 

@@ -1,12 +1,12 @@
 #include "spend/receipts.h"
 
 #include <condition_variable>
-#include <mutex>
 #include <system_error>
 #include <thread>
 #include <unordered_map>
 
 #include "base/json_file.h"
+#include "base/ranked_mutex.h"
 #include "base/text.h"
 #include "net/http_client.h"
 #include "wallet/address.h"
@@ -19,9 +19,9 @@ namespace {
 constexpr unsigned DELIVERY_TIMEOUT_S = 12;
 
 struct ReceiptTable {
-    std::mutex mutex;
+    RankedMutex<LockRank::Leaf> mutex;
     std::unordered_map<std::string, QvClaspReceiptRow> rows;
-    std::condition_variable idle;
+    std::condition_variable_any idle;
     int deliveries = 0;  // threads at work
 };
 

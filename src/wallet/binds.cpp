@@ -1,8 +1,7 @@
 #include "wallet/binds.h"
 
-#include <mutex>
-
 #include "base/json_file.h"
+#include "base/ranked_mutex.h"
 #include "base/text.h"
 #include "wallet/data_root.h"
 #include "wallet/wallet_registry.h"
@@ -25,7 +24,7 @@ Identity& identity() {
 }
 
 struct ActiveWallet {
-    std::mutex mutex;
+    RankedMutex<LockRank::Leaf> mutex;
     std::string id;
 };
 
@@ -70,12 +69,12 @@ const std::string& qv_clasp_app_instance() {
 }
 
 std::string qv_clasp_active_wallet_id() {
-    const std::lock_guard<std::mutex> lock(active_wallet().mutex);
+    const std::lock_guard lock(active_wallet().mutex);
     return active_wallet().id;
 }
 
 void qv_clasp_set_active_wallet_id(const std::string& wallet_id) {
-    const std::lock_guard<std::mutex> lock(active_wallet().mutex);
+    const std::lock_guard lock(active_wallet().mutex);
     active_wallet().id = wallet_id;
 }
 

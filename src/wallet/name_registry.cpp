@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <mutex>
 
 #include "base/json_file.h"
+#include "base/ranked_mutex.h"
 #include "base/settings.h"
 #include "base/text.h"
 #include "wallet/data_root.h"
-#include "wallet/lock_order.h"
 #include "wallet/wallet_session.h"
 
 namespace {
@@ -20,24 +19,20 @@ constexpr int NO_LIMIT = -1;
 constexpr int DEV_LIMIT = 20;
 constexpr int PLAIN_LIMIT = 10;
 
+using NamesMutex = RankedMutex<LockRank::Registry, std::recursive_mutex>;
+
+// Never destroyed: a detached worker may hold it while the process ends.
+NamesMutex& names_mutex() {
+    static auto& the_mutex = *new NamesMutex;
+    return the_mutex;
+}
+
 class NamesLock {
  public:
-    NamesLock() {
-        mutex().lock();
-        note_inner_lock(1);
-    }
-    ~NamesLock() {
-        note_inner_lock(-1);
-        mutex().unlock();
-    }
-    NamesLock(const NamesLock&) = delete;
-    NamesLock& operator=(const NamesLock&) = delete;
+    NamesLock() : hold_(names_mutex()) {}
 
  private:
-    static std::recursive_mutex& mutex() {
-        static auto& the_mutex = *new std::recursive_mutex;
-        return the_mutex;
-    }
+    std::lock_guard<NamesMutex> hold_;
 };
 
 bool qv_clasp_registry_save(const Json& registry) {

@@ -1,19 +1,18 @@
 #include "wallet/wallet_registry.h"
 
-#include <mutex>
 #include <optional>
 
+#include "base/ranked_mutex.h"
 #include "platform/file_lock.h"
 #include "platform/file_replace.h"
 #include "wallet/data_root.h"
 #include "wallet/document_path.h"
-#include "wallet/lock_order.h"
 #include "wallet/wallet_session.h"
 
 namespace {
 
 struct RegistryLockState {
-    std::recursive_mutex mutex;
+    RankedMutex<LockRank::Registry, std::recursive_mutex> mutex;
     // Guarded by the mutex.
     int depth = 0;
     std::optional<FileLock> file;
@@ -41,14 +40,12 @@ void adopt_root_document(const std::string& wallet_id) {
 void qv_clasp_registry_lock() {
     RegistryLockState& state = lock_state();
     state.mutex.lock();
-    note_inner_lock(1);
     if (++state.depth == 1) state.file.emplace(qv_data_root() + "/wallets.lock");
 }
 
 void qv_clasp_registry_unlock() {
     RegistryLockState& state = lock_state();
     if (--state.depth == 0) state.file.reset();
-    note_inner_lock(-1);
     state.mutex.unlock();
 }
 

@@ -5,15 +5,14 @@
 #include "base/text.h"
 #include "wallet/binds.h"
 #include "wallet/coin_records.h"
-#include "wallet/lock_order.h"
 
 namespace {
 
 constexpr std::size_t LONGEST_SCOPE_KEY = 80;
 
 // Never destroyed: a detached worker may hold the mutex while the process ends.
-std::recursive_mutex& wallet_mutex() {
-    static auto& the_mutex = *new std::recursive_mutex;
+WalletMutex& wallet_mutex() {
+    static auto& the_mutex = *new WalletMutex;
     return the_mutex;
 }
 
@@ -32,7 +31,6 @@ void wipe_keys(QvClaspSession& session) {
 }  // namespace
 
 WalletLock qv_clasp_lock_wallet() {
-    check_wallet_lock_order();
     return WalletLock(wallet_mutex());
 }
 

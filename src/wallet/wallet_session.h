@@ -1,8 +1,8 @@
 // The one wallet session of the process: the loaded wallet, its keys and its counters, and the mutex that
 // guards it.
 //
-// The wallet mutex is recursive and guards everything here and in coin_records.h. Order of locks: scan mutex,
-// wallet mutex, registry mutex or name registry mutex, sink mutex. Whoever leaves it for the network reads
+// The wallet mutex is recursive and guards everything here and in coin_records.h; base/ranked_mutex.h has its
+// place in the order of locks. Whoever leaves it for the network reads
 // qv_clasp_scope_key and qv_clasp_generation first and compares them on return.
 #pragma once
 
@@ -13,6 +13,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/ranked_mutex.h"
 #include "wallet/key_derivation.h"
 #include "wallet/secret.h"
 
@@ -96,7 +97,8 @@ struct QvClaspSession {
     std::uint32_t scan_position = 0;
 };
 
-using WalletLock = std::unique_lock<std::recursive_mutex>;
+using WalletMutex = RankedMutex<LockRank::Wallet, std::recursive_mutex>;
+using WalletLock = std::unique_lock<WalletMutex>;
 // Takes the wallet mutex. The holder may release it and take it back; a function that releases a lock it was
 // handed says so, and then needs to be its only hold on this thread.
 WalletLock qv_clasp_lock_wallet();
