@@ -17,8 +17,12 @@ if(NOT BURSARIA_SANITIZE STREQUAL "")
         set(sanitize_flags -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
     elseif(BURSARIA_SANITIZE STREQUAL "thread")
         set(sanitize_flags -fsanitize=thread -fno-omit-frame-pointer)
+    elseif(BURSARIA_SANITIZE STREQUAL "fuzz")
+        set(sanitize_flags
+            -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
     else()
-        message(FATAL_ERROR "BURSARIA_SANITIZE must be empty, 'address' or 'thread', not '${BURSARIA_SANITIZE}'")
+        message(FATAL_ERROR
+            "BURSARIA_SANITIZE must be empty, 'address', 'thread' or 'fuzz', not '${BURSARIA_SANITIZE}'")
     endif()
     target_compile_options(bursaria_options INTERFACE ${sanitize_flags})
     target_link_options(bursaria_options INTERFACE ${sanitize_flags})
