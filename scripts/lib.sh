@@ -90,6 +90,8 @@ wine_environment() {
 # quickly.
 prepare_wine() {
     wine_environment
+    [ -z "${BURSARIA_WINE_READY:-}" ] || return 0
+    export BURSARIA_WINE_READY=1
     mkdir -p "$(dirname "$WINEPREFIX")"
     [ -n "${DISPLAY:-}" ] || start_display
     if [ ! -f "$WINEPREFIX/complete" ]; then
@@ -103,4 +105,17 @@ prepare_wine() {
     fi
     timeout 60 wineserver -p </dev/null >/dev/null 2>&1 || true
     at_exit "timeout 20 wineserver -k"
+}
+
+# A path of this machine as a Windows program sees it.
+windows_path() {
+    local path=${1//\//\\}
+    printf 'Z:%s' "$path"
+}
+
+# The Windows build, with its libraries.
+build_windows() {
+    BURSARIA_WINDOWS_LIBS=$(scripts/windows-libs | tail -n 1)
+    export BURSARIA_WINDOWS_LIBS
+    build_preset windows "$@"
 }
