@@ -2,6 +2,7 @@
 
 #include "base/amounts.h"
 #include "core/pay_run.h"
+#include "program/page_version.h"
 
 namespace {
 
@@ -75,8 +76,19 @@ Json preview_object(bool ok, const std::string& text, const RoundState& state) {
             {"rows", rows}};
 }
 
+Json update_object(int latest_version) {
+    return {{"version", format_version(BUILD_VERSION)},
+            {"latest", latest_version < 0 ? "" : format_version(latest_version)},
+            {"available", is_update(latest_version)}};
+}
+
 Json pay_object(bool stopped, const std::string& text) {
     return {{"stopped", stopped}, {"text", text}, {"txids", extract_txids(text)}};
+}
+
+std::string update_text(int latest_version) {
+    const std::string line = version_line(is_update(latest_version), settings());
+    return latest_version < 0 ? line : line + "\nLatest: " + format_version(latest_version);
 }
 
 std::string status_text(const QvClaspStatus& status, const std::string& paymail) {

@@ -22,8 +22,10 @@ Json status_object(const QvClaspStatus& status, const std::string& paymail);
 Json tokens_object(const std::string& result, const std::vector<TokenRow>& tokens);
 Json snapshot_object(const std::string& result, const HolderBoard& board);
 Json preview_object(bool ok, const std::string& text, const RoundState& state);
+Json update_object(int latest_version);
 Json pay_object(bool stopped, const std::string& text);
 
+std::string update_text(int latest_version);
 std::string status_text(const QvClaspStatus& status, const std::string& paymail);
 std::string tokens_text(const std::vector<TokenRow>& tokens);
 std::string board_text(const HolderBoard& board);

@@ -37,6 +37,7 @@ const CommandForm COMMANDS[] = {
     {"vault add", ConsoleCommand::VaultAdd, 2, ANY_NUMBER, {}, "vault add NAME ADDRESS..."},
     {"vault value", ConsoleCommand::VaultValue, 1, 1, {}, "vault value NAME"},
     {"note", ConsoleCommand::Note, 2, 3, {}, "note TOKEN WHO [TEXT]"},
+    {"update", ConsoleCommand::Update, 0, 0, {}, "update"},
 };
 
 std::string usage_of(const CommandForm& form) {

@@ -20,6 +20,7 @@ enum class ConsoleCommand {
     VaultAdd,
     VaultValue,
     Note,
+    Update,
 };
 
 struct ConsoleRequest {

@@ -19,6 +19,7 @@ struct Console {
     Round round;
     MessageQueue& queue;
     const AddressReader& read_address;
+    const VersionReader& read_version;
     std::map<unsigned, std::string> results;  // the text of each message that came
     bool run_stopped = false;
 };
@@ -187,6 +188,14 @@ ConsoleAnswer note(Console& console, const ConsoleRequest& request) {
     return answer_note(request, console.round.state.board);
 }
 
+ConsoleAnswer update(Console& console) {
+    set_status(console.round, "Looking for a newer version", true);
+    int latest_version = -1;
+    run_job(console, [&latest_version, &read = console.read_version] { latest_version = read(); });
+    const std::string failure = "The download page did not tell a version.";
+    return {latest_version >= 0, failure, update_text(latest_version), update_object(latest_version)};
+}
+
 ConsoleAnswer run_command(Console& console, const ConsoleRequest& request) {
     switch (request.command) {
         case ConsoleCommand::Connect:
@@ -213,6 +222,8 @@ ConsoleAnswer run_command(Console& console, const ConsoleRequest& request) {
             return vault_value(console, request);
         case ConsoleCommand::Note:
             return note(console, request);
+        case ConsoleCommand::Update:
+            return update(console);
     }
     return {};
 }
@@ -256,8 +267,9 @@ bool accept_request(const std::vector<std::string>& arguments, ConsoleStreams st
 }
 
 int run_console(const ConsoleRequest& request, const RoundWallet& wallet, MessageQueue& queue,
-                ConsoleStreams streams, const AddressReader& read_address) {
-    Console console{ConsoleWindow(streams), Round(), queue, read_address, {}, false};
+                ConsoleStreams streams, const AddressReader& read_address,
+                const VersionReader& read_version) {
+    Console console{ConsoleWindow(streams), Round(), queue, read_address, read_version, {}, false};
     console.round.window = round_window_of(console.window);
     console.round.wallet = wallet;
     console.round.workers = queue.workers();

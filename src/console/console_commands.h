@@ -1,6 +1,7 @@
 // The console program: the same round as in the window, driven by one command.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -8,8 +9,12 @@
 #include "console/console_streams.h"
 #include "console/message_queue.h"
 #include "core/round_wallet.h"
+#include "program/update_check.h"
 #include "program/vault_reader.h"
 #include "records/vault_lookup.h"
+
+// The version that the download page announces, -1 if it tells none.
+using VersionReader = std::function<int()>;
 
 inline constexpr int CONSOLE_SUCCESS = 0;
 inline constexpr int CONSOLE_FAILED = 1;
@@ -22,6 +27,8 @@ bool accept_request(const std::vector<std::string>& arguments, ConsoleStreams st
 
 // Runs the command and returns the exit status. The result goes to `streams.out`, progress and failures to
 // `streams.err`. Blocks until the command and the workers that it started have ended. `queue` carries the
-// workers' messages; the log sink may post to it too. `read_address` tells what a vault's addresses hold.
+// workers' messages; the log sink may post to it too. `read_address` tells what a vault's addresses hold,
+// `read_version` the version on the download page.
 int run_console(const ConsoleRequest& request, const RoundWallet& wallet, MessageQueue& queue,
-                ConsoleStreams streams, const AddressReader& read_address = read_address_coins);
+                ConsoleStreams streams, const AddressReader& read_address = read_address_coins,
+                const VersionReader& read_version = fetch_latest_version);

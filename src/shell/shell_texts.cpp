@@ -1,6 +1,6 @@
 #include "shell/shell_texts.h"
 
-#include "shell/page_version.h"
+#include "program/page_version.h"
 
 std::string terms_text(const Settings& settings) {
     return "The Bursaria - Terms of Use\n\n"
@@ -26,11 +26,6 @@ std::string terms_text(const Settings& settings) {
            "Software is provided as-is. Quorvelle are not liable for lost coins, failed lookups, or "
            "third-party "
            "indexers (WhatsOnChain, GorillaPool) being down.";
-}
-
-std::string version_line(bool update_available, const Settings& settings) {
-    return update_available ? "Update available, " + settings.update_page
-                            : "Version " + format_version(BUILD_VERSION);
 }
 
 std::string update_question(int latest_version, const Settings& settings) {

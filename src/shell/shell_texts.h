@@ -6,8 +6,6 @@
 #include "base/settings.h"
 
 std::string terms_text(const Settings& settings);
-// "Version 0.002", or where the update lies.
-std::string version_line(bool update_available, const Settings& settings);
 std::string update_question(int latest_version, const Settings& settings);
 // The page of a transaction; empty for a text that is no transaction id.
 std::string tx_page(const std::string& txid, const Settings& settings);

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/settings.h"
+
 inline constexpr int BUILD_VERSION = 2;
 
 // "0.002"; a negative count reads as this build's.
@@ -15,3 +17,5 @@ std::string format_version(int version);
 int parse_page_version(std::string_view body);
 
 bool is_update(int latest_version);
+// "Version 0.002", or where the update lies.
+std::string version_line(bool update_available, const Settings& settings);

@@ -1,4 +1,4 @@
-#include "shell/update_check.h"
+#include "program/update_check.h"
 
 #include <curl/curl.h>
 
@@ -7,7 +7,7 @@
 
 #include "base/settings.h"
 #include "net/http_client.h"
-#include "shell/page_version.h"
+#include "program/page_version.h"
 
 namespace {
 

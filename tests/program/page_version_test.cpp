@@ -1,4 +1,4 @@
-#include "shell/page_version.h"
+#include "program/page_version.h"
 
 #include <gtest/gtest.h>
 

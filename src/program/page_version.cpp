@@ -1,4 +1,4 @@
-#include "shell/page_version.h"
+#include "program/page_version.h"
 
 #include <array>
 #include <charconv>
@@ -93,4 +93,9 @@ int parse_page_version(std::string_view body) {
 
 bool is_update(int latest_version) {
     return latest_version > BUILD_VERSION;
+}
+
+std::string version_line(bool update_available, const Settings& settings) {
+    return update_available ? "Update available, " + settings.update_page
+                            : "Version " + format_version(BUILD_VERSION);
 }
