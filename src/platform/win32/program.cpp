@@ -5,6 +5,11 @@
 // After windows.h, which it needs.
 #include <shellapi.h>
 
+// Runs before main: from then on a library that is loaded by name comes from the system's folder only, never
+// from the folder of the program or the current one, where anybody may have put a file of that name.
+[[maybe_unused]] static const BOOL libraries_from_system =
+    SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
+
 std::string program_folder() {
     std::wstring path(32768, L'\0');
     const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
