@@ -127,7 +127,7 @@ TEST(HttpClient, FollowsAGetFiveTimesAndAPostNever) {
     world.server.on("GET", "/6", "there");
     world.server.on("POST", "/1", redirect("/6"));
     world.server.on("GET", "/ftp", redirect("ftp://127.0.0.1/x"));
-    world.server.on("GET", "/file", redirect("file:///etc/hostname"));
+    world.server.on("GET", "/file", redirect("file:///C:/hostname"));
     EXPECT_TRUE(qv_clasp_http_get(world.url("/1"), world.body, world.error, 10));
     EXPECT_EQ("there", world.body);
     EXPECT_FALSE(qv_clasp_http_get(world.url("/0"), world.body, world.error, 10));

@@ -4,18 +4,21 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "platform/user_data.h"
 #include "tests/support/environment.h"
 
 TestHome::TestHome() : old_settings_(settings()) {
     static std::atomic<int> counter{0};
     const std::filesystem::path base = std::filesystem::temp_directory_path();
-    folder_ = base.string() + "/bursaria-tést-" + std::to_string(process_number()) + "-" +
-              std::to_string(++counter);
+    folder_ = base.string();
+    while (folder_.ends_with('/') || folder_.ends_with('\\')) folder_.pop_back();
+    folder_ += "/bursaria-tést-" + std::to_string(process_number()) + "-" + std::to_string(++counter);
     std::error_code error;
     std::filesystem::remove_all(utf8_path(folder_), error);
-    make_folder(root());
     had_local_app_data_ = get_environment("LOCALAPPDATA", old_local_app_data_);
     set_environment("LOCALAPPDATA", folder_);
+    root_ = family_data_folder();
+    make_folder(root_);
 }
 
 TestHome::~TestHome() {

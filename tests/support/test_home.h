@@ -18,7 +18,7 @@ class TestHome {
     // The per-user data folder.
     const std::string& folder() const { return folder_; }
     // The family's folder inside it, made.
-    std::string root() const { return folder_ + "/Quorvelle"; }
+    const std::string& root() const { return root_; }
 
     // Writes a file under the family's folder, with the folders above it; `path` begins with "/".
     void write(const std::string& path, const std::string& content) const;
@@ -33,6 +33,7 @@ class TestHome {
 
  private:
     std::string folder_;
+    std::string root_;
     std::string old_local_app_data_;
     bool had_local_app_data_ = false;
     Settings old_settings_;
