@@ -71,6 +71,15 @@ HWND create_child(const Shell& shell, HWND parent, const ChildPlan& plan) {
     return child;
 }
 
+void place_children(HWND window, std::span<const PlacedControl> places) {
+    for (const auto& [id, box] : places) {
+        if (HWND child = GetDlgItem(window, id))
+            SetWindowPos(child, nullptr, box.x, box.y, box.width, box.height,
+                         SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS | SWP_NOREDRAW);
+    }
+    RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+}
+
 std::optional<LRESULT> answer_look_message(const Shell& shell, HWND window, UINT number, WPARAM first,
                                            LPARAM second, std::span<const int> bright) {
     const HDC dc = reinterpret_cast<HDC>(first);

@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 
+#include "shell/main_layout.h"
 #include "shell/shell.h"
 
 enum class ChildKind {
@@ -28,6 +29,9 @@ HWND create_child(const Shell& shell, HWND parent, const ChildPlan& plan);
 inline void create_children(const Shell& shell, HWND parent, std::span<const ChildPlan> plans) {
     for (const ChildPlan& plan : plans) create_child(shell, parent, plan);
 }
+
+// Moves the controls, leaving nothing of the picture from before. A control that is not there is passed over.
+void place_children(HWND window, std::span<const PlacedControl> places);
 
 // The look of a window with controls: its erased background, its painted buttons, and the colours of edits,
 // boxes and labels. Labels are muted, but for the `bright` ones. Nothing for a message of any other kind.

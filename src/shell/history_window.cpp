@@ -145,18 +145,21 @@ void HistoryRecord::refresh() {
 void HistoryRecord::on_size() {
     const SIZE size = client_size(window);
     const HistoryLayout layout = layout_history_window(size.cx, size.cy);
-    constexpr int LABELS[] = {HISTORY_TOKEN_LABEL, HISTORY_RANGE_LABEL, HISTORY_STYLE_LABEL};
-    constexpr int FILTERS[] = {HISTORY_TOKEN, HISTORY_RANGE, HISTORY_STYLE};
-    for (std::size_t i = 0; i < layout.filters.size(); ++i) {
-        move_window(control(LABELS[i]), layout.filter_labels[i]);
-        move_window(control(FILTERS[i]), layout.filters[i]);
-    }
-    move_window(control(HISTORY_EXPORT), layout.export_button);
-    move_window(control(HISTORY_CLOSE), layout.close);
-    move_window(control(HISTORY_LIST), layout.list);
-    move_window(control(HISTORY_PAYOUTS), layout.payouts_line);
-    move_window(control(HISTORY_FEES), layout.fees_line);
-    move_window(control(HISTORY_CHART), layout.chart);
+    const PlacedControl places[] = {
+        {HISTORY_TOKEN_LABEL, layout.filter_labels[0]},
+        {HISTORY_TOKEN, layout.filters[0]},
+        {HISTORY_RANGE_LABEL, layout.filter_labels[1]},
+        {HISTORY_RANGE, layout.filters[1]},
+        {HISTORY_STYLE_LABEL, layout.filter_labels[2]},
+        {HISTORY_STYLE, layout.filters[2]},
+        {HISTORY_EXPORT, layout.export_button},
+        {HISTORY_CLOSE, layout.close},
+        {HISTORY_LIST, layout.list},
+        {HISTORY_PAYOUTS, layout.payouts_line},
+        {HISTORY_FEES, layout.fees_line},
+        {HISTORY_CHART, layout.chart},
+    };
+    place_children(window, places);
     set_column_widths(control(HISTORY_LIST), layout.columns);
 }
 

@@ -6,18 +6,18 @@
 #include "core/round_controller.h"
 #include "core/round_status.h"
 #include "platform/program.h"
+#include "program/page_version.h"
+#include "program/update_check.h"
 #include "shell/board_list.h"
 #include "shell/child_controls.h"
 #include "shell/history_window.h"
 #include "shell/list_columns.h"
 #include "shell/main_layout.h"
 #include "shell/message_window.h"
-#include "program/page_version.h"
 #include "shell/screen_reader.h"
 #include "shell/settings_window.h"
 #include "shell/shell_controls.h"
 #include "shell/shell_texts.h"
-#include "program/update_check.h"
 #include "shell/vault_window.h"
 #include "shell/window_class.h"
 
@@ -108,11 +108,10 @@ void MainRecord::on_size() {
     const SIZE size = client_size(window);
     const MainLayout layout = layout_main_window(size.cx, size.cy);
     if (layout.controls.empty()) return;
-    for (const PlacedControl& placed : layout.controls) move_window(control(placed.id), placed.box);
+    place_children(window, layout.controls);
     for (const int id : {CONTROL_UNBIND, CONTROL_CONNECT, CONTROL_SETTINGS})
         SetWindowPos(control(id), HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
     set_column_widths(control(CONTROL_BOARD), layout.columns);
-    InvalidateRect(window, nullptr, TRUE);
 }
 
 void draw_wallet_card(const Shell& shell, HDC dc, int width) {

@@ -53,12 +53,13 @@ void MessageRecord::on_create() {
 void MessageRecord::on_size() {
     const SIZE size = client_size(window);
     const MessageLayout layout = layout_message_window(size.cx, size.cy, link_count(), confirmed != nullptr);
-    move_window(control(MESSAGE_TEXT), layout.text);
+    std::vector<PlacedControl> places = {{MESSAGE_TEXT, layout.text},
+                                         {MESSAGE_COPY, layout.copy},
+                                         {MESSAGE_PRIMARY, layout.primary},
+                                         {MESSAGE_CLOSE, layout.close}};
     for (std::size_t i = 0; i < link_count(); ++i)
-        move_window(control(MESSAGE_FIRST_LINK + static_cast<int>(i)), layout.links[i]);
-    move_window(control(MESSAGE_COPY), layout.copy);
-    move_window(control(MESSAGE_CLOSE), layout.close);
-    if (HWND primary = control(MESSAGE_PRIMARY)) move_window(primary, layout.primary);
+        places.push_back({MESSAGE_FIRST_LINK + static_cast<int>(i), layout.links[i]});
+    place_children(window, places);
 }
 
 void MessageRecord::on_command(int id) {

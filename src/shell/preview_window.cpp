@@ -88,13 +88,13 @@ void PreviewRecord::on_size() {
     if (!layout_preview_window(size.cx, size.cy, layout)) return;
     if (cards.size() >= layout.cards.size())
         for (std::size_t i = 0; i < layout.cards.size(); ++i) cards[i].box = layout.cards[i];
-    move_window(control(PREVIEW_NOTE), layout.frozen_note);
-    move_window(control(PREVIEW_HEADING), layout.heading);
-    move_window(list, layout.list);
-    move_window(control(PREVIEW_COPY), layout.copy);
-    move_window(control(PREVIEW_CLOSE), layout.close);
+    const PlacedControl places[] = {{PREVIEW_NOTE, layout.frozen_note},
+                                    {PREVIEW_HEADING, layout.heading},
+                                    {PREVIEW_LIST, layout.list},
+                                    {PREVIEW_COPY, layout.copy},
+                                    {PREVIEW_CLOSE, layout.close}};
+    place_children(window, places);
     set_column_widths(list, layout.columns);
-    InvalidateRect(window, nullptr, TRUE);
 }
 
 void PreviewRecord::on_command(int id) {

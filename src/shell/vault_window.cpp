@@ -225,7 +225,7 @@ void VaultRecord::on_payout_value() {
 void VaultRecord::on_size() {
     const SIZE size = client_size(window);
     const VaultLayout layout = layout_vault_window(size.cx, size.cy);
-    const std::pair<int, Box> places[] = {
+    const PlacedControl places[] = {
         {VAULT_LIST_LABEL, layout.vaults_label},
         {VAULT_LIST, layout.vaults},
         {VAULT_CREATE, layout.create},
@@ -242,7 +242,7 @@ void VaultRecord::on_size() {
         {VAULT_SPLIT, layout.split},
         {VAULT_MESSAGE, layout.message},
     };
-    for (const auto& [id, box] : places) move_window(control(id), box);
+    place_children(window, places);
 }
 
 void VaultRecord::on_command(int id, int event) {

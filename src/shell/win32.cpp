@@ -24,10 +24,6 @@ void set_window_text(HWND window, std::string_view utf8) {
     SetWindowTextW(window, wide_text(utf8).c_str());
 }
 
-void move_window(HWND window, const Box& box) {
-    MoveWindow(window, box.x, box.y, box.width, box.height, TRUE);
-}
-
 SIZE client_size(HWND window) {
     RECT area{};
     GetClientRect(window, &area);

@@ -37,7 +37,6 @@ using FontOwner = GdiOwner<HFONT>;
 
 std::wstring window_text(HWND window);
 void set_window_text(HWND window, std::string_view utf8);
-void move_window(HWND window, const Box& box);
 SIZE client_size(HWND window);
 
 // Puts UTF-16 text on the clipboard; false if another program holds it.
