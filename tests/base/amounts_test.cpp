@@ -55,6 +55,7 @@ TEST(Amounts, EverythingElseIsRefusedAndLeavesTheOutputAlone) {
                              "92233720369",
                              "184467440737.09551617",
                              "9223372036854775710",
+                             "18446744073709551617",
                              "\xEF\xBC\x91",
                              "1\n"}) {
         std::int64_t sats = UNTOUCHED;

@@ -84,6 +84,9 @@ TEST_F(DividendSplit, ASkippedRowKeepsItsShareInTheWalletAndItsLotsInTheDivision
     EXPECT_TRUE(state.preview[2].skip);
     EXPECT_EQ(state.frozen_skips, 2);
     EXPECT_EQ(state.frozen_remainder, 53955 + 545);
+
+    EXPECT_TRUE(split(board().market("a", "900").nowhere("b", "99").market("c", "1"), "0.00546"));
+    EXPECT_FALSE(state.preview[2].skip) << "546 satoshis are paid";
 }
 
 TEST_F(DividendSplit, ExcludedRowsRaiseTheOthersAndReserveRowsNeverCount) {
@@ -140,11 +143,11 @@ TEST_F(DividendSplit, TheBalanceMustCoverPotAppFeeAndMinerFees) {
     known_balance(need);
     EXPECT_TRUE(split(board().market("a", "3"), "0.0009"));
 
-    known_balance(need - 1);
+    known_balance(need + 90000 - 1);
     EXPECT_FALSE(split(board().market("a", "3"), "0.0018"));
     EXPECT_EQ(text,
               "Not enough BSV on the connected Clasp for this pot, the 0.01 BSV app fee, plus miner fees.\n"
-              "Have 0.01090013 BSV.");
+              "Have 0.01180013 BSV.");
     EXPECT_TRUE(state.preview.empty());
     EXPECT_EQ(state.frozen_pot, 90000) << "the frozen figures keep what they held";
 

@@ -51,8 +51,8 @@ TEST_F(PayoutLedger, AnEntryHasTheFormOfTheFile) {
 
 TEST_F(PayoutLedger, WhatIsNoLedgerReadsAsEmptyAndIsReplacedByTheFirstAppend) {
     std::vector<std::string> contents = NO_OBJECTS;
-    for (const char* content :
-         {R"({"entries": [{"token_id": "tok_0", "sats": 5)", R"({"entries": {"sats": 5}})"})
+    for (const char* content : {R"({"entries": [{"token_id": "tok_0", "sats": 5)",
+                                R"({"entries": {"x": {"token_id": "tok_0", "sats": 5}}})"})
         contents.emplace_back(content);
     for (const std::string& content : contents) {
         SCOPED_TRACE(content);
