@@ -5,7 +5,6 @@
 
 #include "base/settings.h"
 #include "base/text.h"
-#include "spend/sibling_reserves.h"
 #include "wallet/address.h"
 #include "wallet/session_keys.h"
 
@@ -137,7 +136,8 @@ void qv_clasp_admit_coin(CoinAdmission& context, const QvClaspUtxo& utxo, const 
     if (!is_hex64(utxo.txid)) return;
     if (qv_clasp_is_spent(utxo.txid, utxo.vout)) return;
     if (is_ordinal(address, utxo, hash160)) return;
-    if (is_reserved_by_sibling(utxo.txid, utxo.vout)) return;
+    if (!context.reserves) context.reserves = read_sibling_reserves();
+    if (is_reserved_by_sibling(*context.reserves, utxo.txid, utxo.vout)) return;
     if (is_candidate(context, utxo)) return;
     drop_pending(utxo);
     context.keys.insert(qv_clasp_outpoint_key(utxo.txid, utxo.vout));
@@ -167,7 +167,10 @@ bool qv_clasp_collect_coins(std::vector<QvClaspCoin>& coins_out, std::int64_t& t
         admit_legacy_coins(context);
     }
     admit_pending_coins(context);
-    if (coins_out.empty() && ingest_last_transactions()) admit_pending_coins(context);
+    if (coins_out.empty() && ingest_last_transactions()) {
+        context.reserves.reset();  // the network may have taken a while
+        admit_pending_coins(context);
+    }
     total_out = context.total;
     return !coins_out.empty();
 }

@@ -6,10 +6,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "base/bytes.h"
+#include "spend/sibling_reserves.h"
 #include "wallet/coin_records.h"
 #include "wallet/secret.h"
 #include "wallet/wallet_session.h"
@@ -57,7 +59,9 @@ bool qv_clasp_collect_coins(std::vector<QvClaspCoin>& coins_out, std::int64_t& t
 struct CoinAdmission {
     std::vector<QvClaspCoin>* coins = nullptr;
     std::int64_t total = 0;
-    OutpointSet keys{};  // of the coins appended, kept by the guard
+    // Kept by the guard: the keys of the coins appended, and what siblings hold back, read at the first coin.
+    OutpointSet keys{};
+    std::optional<SiblingReserves> reserves{};
 };
 // The guard: appends the coin if nothing forbids it. An empty address means that it is not known; a coin of
 // one satoshi is then judged by the address of its hash160 as well.

@@ -66,38 +66,36 @@ bool has_expired(const Json& row) {
     return json_whole(json_member(row, "exp"), expires_at) && expires_at > 0 && expires_at < unix_seconds();
 }
 
-template <typename RowTest>
-bool any_row(const char* app_folder, const char* array_key, const RowTest& is_match) {
+template <typename TakeRow>
+void for_each_row(const std::string& path, const char* array_key, const TakeRow& take) {
     Json document;
-    if (!read_sibling_file(reserves_path(app_folder), document)) return false;
+    if (!read_sibling_file(path, document)) return;
     const Json& rows = json_member(document, array_key);
-    return rows.is_array() && std::any_of(rows.begin(), rows.end(), is_match);
+    if (rows.is_array()) std::for_each(rows.begin(), rows.end(), take);
 }
 
-bool is_reserved_by_bazaar(const std::string& key) {
-    return any_row("/bazaar", "reserves",
-                   [&](const Json& row) { return normalised(json_text(row, "utxo")) == key; });
+void add_bazaar(SiblingReserves& reserves) {
+    for_each_row(reserves_path("/bazaar"), "reserves",
+                 [&](const Json& row) { reserves.keys.insert(normalised(json_text(row, "utxo"))); });
 }
 
-bool is_reserved_by_atelier(const std::string& key) {
-    return any_row("/atelier", "reserves", [&](const Json& row) {
-        if (has_expired(row)) return false;
-        return normalised(json_text(row, "pic_utxo")) == key ||
-               normalised(json_text(row, "cert_utxo")) == key;
+void add_atelier(SiblingReserves& reserves) {
+    for_each_row(reserves_path("/atelier"), "reserves", [&](const Json& row) {
+        if (has_expired(row)) return;
+        for (const char* key : {"pic_utxo", "cert_utxo"})
+            reserves.keys.insert(normalised(json_text(row, key)));
     });
 }
 
-bool is_held_by_swapfloor(const std::string& key) {
-    return any_row("/swapfloor", "holds", [&](const Json& row) { return json_text(row, "utxo") == key; });
+void add_swapfloor(SiblingReserves& reserves) {
+    for_each_row(reserves_path("/swapfloor"), "holds",
+                 [&](const Json& row) { reserves.keys.insert(json_text(row, "utxo")); });
 }
 
-bool is_offer_locked(const std::string& key) {
-    Json document;
-    if (!read_sibling_file(offer_locks_path(), document)) return false;
-    const Json& locks = json_member(document, "utxos");
-    return locks.is_array() && std::any_of(locks.begin(), locks.end(), [&](const Json& lock) {
-               return lock.is_string() && ascii_lower(lock.get_ref<const std::string&>()) == key;
-           });
+void add_offer_locks(SiblingReserves& reserves) {
+    for_each_row(offer_locks_path(), "utxos", [&](const Json& lock) {
+        if (lock.is_string()) reserves.keys.insert(ascii_lower(lock.get_ref<const std::string&>()));
+    });
 }
 
 // The lock names a coin that this wallet has spent.
@@ -112,10 +110,17 @@ bool is_lock_of_spent(std::string_view lock) {
 
 }  // namespace
 
-bool is_reserved_by_sibling(std::string_view txid, std::uint32_t vout) {
-    const std::string key = sibling_key(txid, vout);
-    return is_reserved_by_bazaar(key) || is_reserved_by_atelier(key) || is_held_by_swapfloor(key) ||
-           is_offer_locked(key);
+SiblingReserves read_sibling_reserves() {
+    SiblingReserves reserves;
+    add_bazaar(reserves);
+    add_atelier(reserves);
+    add_swapfloor(reserves);
+    add_offer_locks(reserves);
+    return reserves;
+}
+
+bool is_reserved_by_sibling(const SiblingReserves& reserves, std::string_view txid, std::uint32_t vout) {
+    return !reserves.keys.empty() && reserves.keys.contains(sibling_key(txid, vout));
 }
 
 void prune_offer_locks() {

@@ -68,12 +68,12 @@ TEST(SiblingReserves, EachFileHasItsOwnWayOfNamingACoin) {
     };
     for (const Case& c : cases) {
         const SiblingWorld world;
-        EXPECT_FALSE(is_reserved_by_sibling(UPPER, 2)) << c.name;
+        EXPECT_FALSE(is_reserved_by_sibling(read_sibling_reserves(), UPPER, 2)) << c.name;
         world.home.write(c.path, c.document);
-        EXPECT_EQ(c.reserved, is_reserved_by_sibling(UPPER, 2)) << c.name;
-        EXPECT_FALSE(is_reserved_by_sibling(TXID, 3)) << c.name;
+        EXPECT_EQ(c.reserved, is_reserved_by_sibling(read_sibling_reserves(), UPPER, 2)) << c.name;
+        EXPECT_FALSE(is_reserved_by_sibling(read_sibling_reserves(), TXID, 3)) << c.name;
         world.home.write(c.path, std::string("{ damaged"));
-        EXPECT_FALSE(is_reserved_by_sibling(UPPER, 2)) << c.name;
+        EXPECT_FALSE(is_reserved_by_sibling(read_sibling_reserves(), UPPER, 2)) << c.name;
     }
 }
 
@@ -96,8 +96,8 @@ TEST(SiblingReserves, TheWalletIdIsMadeSafeInTwoWays) {
         world.home.write("/bazaar/reserves_" + c.reserves + ".json",
                          Json{{"reserves", {{{"utxo", TXID + "_1"}}}}});
         world.home.write("/atelier/offer_locks_" + c.locks + ".json", Json{{"utxos", {TXID + "_2"}}});
-        EXPECT_TRUE(is_reserved_by_sibling(TXID, 1)) << c.id;
-        EXPECT_TRUE(is_reserved_by_sibling(TXID, 2)) << c.id;
+        EXPECT_TRUE(is_reserved_by_sibling(read_sibling_reserves(), TXID, 1)) << c.id;
+        EXPECT_TRUE(is_reserved_by_sibling(read_sibling_reserves(), TXID, 2)) << c.id;
     }
 }
 
