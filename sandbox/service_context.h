@@ -5,8 +5,12 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <mutex>
 #include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "base/json_file.h"
@@ -72,8 +76,36 @@ class Approval {
     std::string wallet_id_ = "-";
 };
 
+// The token records in the outputs of a transaction, which never change. Reading a script is dear, and an
+// index reads each once.
+struct TokenRecord {
+    std::uint32_t vout = 0;
+    std::string token_id;
+    std::string owner;
+    std::string amt;
+};
+using TokenRecords = std::vector<TokenRecord>;
+class TokenIndex {
+ public:
+    // Null if the transaction has not been read yet.
+    std::shared_ptr<const TokenRecords> find(const std::string& txid) const {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        const auto found = by_txid_.find(txid);
+        return found == by_txid_.end() ? nullptr : found->second;
+    }
+    void put(const std::string& txid, std::shared_ptr<const TokenRecords> records) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        by_txid_[txid] = std::move(records);
+    }
+
+ private:
+    mutable std::mutex mutex_;
+    std::unordered_map<std::string, std::shared_ptr<const TokenRecords>> by_txid_;
+};
+
 struct ServiceContext {
     Chain chain;
+    mutable TokenIndex tokens;
     Directory directory;
     World world;  // set before any service runs
     Faults faults;

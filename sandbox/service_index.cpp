@@ -45,17 +45,40 @@ std::vector<Coin> lagging_coins(const ServiceContext& context, const std::string
     return coins;
 }
 
-// Adds what the unspent outputs of one transaction hold of a token, by owner.
-void add_lots(const ServiceContext& context, const Transaction& tx, const std::string& token_id,
-              const Txids& unseen, std::map<std::string, std::string>& lots) {
+TokenRecords read_records(const Transaction& tx) {
+    TokenRecords records;
     for (std::size_t vout = 0; vout < tx.outputs.size(); ++vout) {
-        // Tokens stand in outputs of one satoshi. Reading a script is the dear part, so it comes last.
+        // Tokens stand in outputs of one satoshi.
         if (tx.outputs[vout].sats != 1) continue;
         const Coin coin = coin_of(tx, vout);
         TokenOutput output;
-        if (spent_for_index(context, coin, unseen) || !read_token_output(coin, output)) continue;
-        if (output.token_id != token_id || output.owner.empty()) continue;
-        lots[output.owner] = dec_add(lots[output.owner], output.amt());
+        if (read_token_output(coin, output) && !output.owner.empty())
+            records.push_back({coin.vout, output.token_id, output.owner, output.amt()});
+    }
+    return records;
+}
+
+// Null for a transaction that the chain has dropped meanwhile.
+std::shared_ptr<const TokenRecords> records_of(const ServiceContext& context, const std::string& txid) {
+    std::shared_ptr<const TokenRecords> records = context.tokens.find(txid);
+    const std::optional<Transaction> tx = records ? std::nullopt : context.chain.find(txid);
+    if (!tx) return records;
+    records = std::make_shared<const TokenRecords>(read_records(*tx));
+    context.tokens.put(txid, records);
+    return records;
+}
+
+// Adds what the unspent outputs of one transaction hold of a token, by owner.
+void add_lots(const ServiceContext& context, const std::string& txid, const std::string& token_id,
+              const Txids& unseen, std::map<std::string, std::string>& lots) {
+    const std::shared_ptr<const TokenRecords> records = records_of(context, txid);
+    if (!records) return;
+    for (const TokenRecord& record : *records) {
+        if (record.token_id != token_id) continue;
+        const std::optional<std::string> spender = context.chain.spender(txid, record.vout);
+        if (spender && !unseen.contains(*spender)) continue;
+        std::string& sum = lots[record.owner];
+        sum = dec_add(sum, record.amt);
     }
 }
 
@@ -143,8 +166,7 @@ std::vector<std::pair<std::string, std::string>> token_owners(const ServiceConte
     const Txids unseen = unseen_transactions(context);
     std::map<std::string, std::string> lots;
     for (const std::string& txid : context.chain.txids()) {
-        const std::optional<Transaction> tx = context.chain.find(txid);
-        if (tx && !unseen.contains(txid)) add_lots(context, *tx, token_id, unseen, lots);
+        if (!unseen.contains(txid)) add_lots(context, txid, token_id, unseen, lots);
     }
     std::vector<std::pair<std::string, std::string>> owners(lots.begin(), lots.end());
     std::stable_sort(owners.begin(), owners.end(),
