@@ -43,6 +43,7 @@ struct SendRun {
     Hash160 change_hash160{};
     std::int64_t sats = 0;
     std::vector<TriedTx> tried;  // the last attempt's at the end
+    std::string failure;         // the text of the last broadcast that another attempt may mend
     bool expired = false;
 };
 
@@ -94,6 +95,11 @@ Outcome settle_if_listed(const SendRun& run, const std::vector<QvClaspCoin>& can
     return std::nullopt;
 }
 
+// True if a service has just told what lies where the change goes.
+bool change_was_looked_for(const SendRun& run) {
+    return qv_clasp_cache_fresh(qv_clasp_address_from_hash160(run.change_hash160));
+}
+
 Outcome after_no_candidate(SendRun& run, const std::string& collect_error) {
     if (Outcome known = settle_if_known(run)) return known;
     if (run.expired) {
@@ -120,6 +126,7 @@ Outcome after_failed_broadcast(SendRun& run, const std::vector<QvClaspCoin>& cho
     if (Outcome known = settle_if_known(run, answered)) return known;
     // Without an answer nobody knows, and other coins might pay a second time.
     if (!answered) return result;
+    run.failure = result;
     if (is_conflict_text(result)) {
         write_off_coins(chosen);
         qv_clasp_expire_cache();
@@ -154,6 +161,8 @@ Outcome sign_and_broadcast(SendRun& run, std::vector<QvClaspCoin> coins, std::ve
 Outcome attempt_send(SendRun& run, int attempt) {
     std::string error;
     if (!qv_clasp_refresh_coins(run.wallet_lock, error)) return "error: " + error;
+    // Coins that are only remembered cannot tell whether the transaction before this one is out after all.
+    if (!run.failure.empty() && !change_was_looked_for(run)) return run.failure;
     std::vector<QvClaspCoin> coins;
     std::int64_t total = 0;
     if (!qv_clasp_collect_coins(coins, total, error)) return after_no_candidate(run, error);
