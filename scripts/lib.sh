@@ -119,3 +119,22 @@ build_windows() {
     export BURSARIA_WINDOWS_LIBS
     build_preset windows "$@"
 }
+
+# The play-money chain with its services, until the script ends; `bin`, `work` and `holders` are the caller's.
+control=http://127.0.0.1:18605/sandbox
+start_sandbox() {
+    say "starting the sandbox with $holders holders"
+    "$bin/bursaria-sandbox" --folder "$work/data" --holders "$holders" >"$work/sandbox.log" 2>&1 &
+    local sandbox=$!
+    at_exit "kill $sandbox 2>/dev/null; wait $sandbox 2>/dev/null"
+    for _ in $(seq 300); do
+        curl -sf "$control/world" -o "$work/world.json" 2>/dev/null && break
+        kill -0 "$sandbox" 2>/dev/null || {
+            cat "$work/sandbox.log" >&2
+            stop "The sandbox did not start; its own words are above."
+        }
+        sleep 0.1
+    done
+    [ -s "$work/world.json" ] || stop "The sandbox did not answer within 30 seconds."
+}
+count_transactions() { curl -sf "$control/chain" | jq '.transactions | length'; }

@@ -14,6 +14,7 @@
 //   click ID | command ID | text ID TEXT | choose ID INDEX | key VIRTUAL_KEY | close | size WIDTH HEIGHT
 //   menu ID ROW INDEX          a right click on a row of a list, and the entry of the menu that comes
 //   read ID | rows ID | clipboard       prints a text, the cells of a list (apart by tabs), the clipboard
+//   bounds                     brings the window to the front and prints its place as WIDTHxHEIGHT+X+Y
 //   iconic | minimise | pause MILLISECONDS
 //
 // Ends with 1 at the first step that does not succeed, with its line on standard error.
@@ -264,6 +265,15 @@ const std::map<std::string, Step> STEPS = {
      [](Words& words) {
          const int width = words.number();
          SetWindowPos(target, nullptr, 0, 0, width, words.number(), SWP_NOZORDER);
+     }},
+    {"bounds",
+     [](Words&) {
+         SetWindowPos(target, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+         RedrawWindow(target, nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
+         RECT place{};
+         GetWindowRect(target, &place);
+         std::printf("%ldx%ld+%ld+%ld\n", place.right - place.left, place.bottom - place.top, place.left,
+                     place.top);
      }},
     {"menu",
      [](Words& words) {
