@@ -12,6 +12,7 @@
 #include "index/sweep_state.h"
 #include "wallet/address.h"
 #include "wallet/data_root.h"
+#include "wallet/document_file.h"
 #include "wallet/wallet_document.h"
 
 namespace {
@@ -135,9 +136,11 @@ void qv_clasp_post_ord_inbox(const LocalOrd& ord) {
 
 void qv_clasp_harvest_ord_names() {
     for (const std::string& path : qv_clasp_other_document_paths()) {
-        Json document;
-        if (!read_json_file(path, document)) continue;
-        for (const LocalOrd& ord : read_ord_owned(document)) {
+        // Whose wallets they are does not matter: their keys are no more to be left in memory than this
+        // one's.
+        WalletDocument document;
+        if (!read_wallet_document(path, document)) continue;
+        for (const LocalOrd& ord : read_ord_owned(document.root)) {
             const std::string name = clean_name(ord.name);
             if (!name.empty() && qv_clasp_name_get(ord.origin).empty()) qv_clasp_name_put(ord.origin, name);
         }

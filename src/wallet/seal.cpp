@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "base/hex.h"
+#include "wallet/document_file.h"
 #include "wallet/document_path.h"
 #include "wallet/wallet_session.h"
 
@@ -84,8 +85,8 @@ bool is_seal_envelope(const Json& root) {
 bool qv_clasp_is_locked() {
     const std::string path = qv_clasp_document_path();
     if (file_exists(path + ".seal")) return true;
-    Json document;
-    return read_json_file(path, document) && is_seal_envelope(document);
+    WalletDocument document;
+    return read_wallet_document(path, document) && is_seal_envelope(document.root);
 }
 
 bool qv_clasp_seal_parse(const Json& json, std::int64_t& iter_out, Bytes& salt_out, Bytes& iv_out,

@@ -54,6 +54,7 @@ class SecretText {
         if (!text_.empty()) cleanse_memory(text_.data(), text_.size());
         text_.clear();
     }
+    char* data() { return text_.data(); }
     std::string_view view() const { return {text_.data(), text_.size()}; }
     std::size_t size() const { return text_.size(); }
     bool empty() const { return text_.empty(); }

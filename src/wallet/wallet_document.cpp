@@ -10,6 +10,7 @@
 #include "wallet/binds.h"
 #include "wallet/coin_records.h"
 #include "wallet/data_root.h"
+#include "wallet/document_file.h"
 #include "wallet/ecdsa.h"
 #include "wallet/seal.h"
 #include "wallet/session_keys.h"
@@ -20,37 +21,8 @@ namespace {
 constexpr int FORM_VERSION = 2;
 constexpr std::string_view DETACHED_PREFIX = "quorvelle_clasp.detached";
 
-// A parsed document whose key material does not outlive it.
-class Document {
- public:
-    Document() = default;
-    ~Document() {
-        wipe("mnemonic");
-        wipe("priv");
-    }
-    Document(const Document&) = delete;
-    Document& operator=(const Document&) = delete;
-
-    Json root;
-
- private:
-    void wipe(const char* key) {
-        const auto found = root.find(key);
-        if (found == root.end() || !found->is_string()) return;
-        auto& text = found->get_ref<std::string&>();
-        cleanse_memory(text.data(), text.size());
-    }
-};
-
-bool read_document(const std::string& path, Document& document) {
-    std::string content;
-    const bool parsed = read_text_file(path, content) && parse_json(content, document.root);
-    cleanse_memory(content.data(), content.size());
-    return parsed;
-}
-
 // Replaces the envelope by the document inside it; false unless the session is unlocked.
-bool open_envelope(Document& document) {
+bool open_envelope(WalletDocument& document) {
     if (!qv_clasp_session().unlocked) return false;
     std::int64_t iter = 0;
     Bytes salt;
@@ -59,7 +31,7 @@ bool open_envelope(Document& document) {
     Bytes ct;
     SecretText plain;
     return qv_clasp_seal_parse(document.root, iter, salt, iv, tag, ct) &&
-           qv_clasp_seal_decrypt(iv, tag, ct, plain) && parse_json(plain.view(), document.root);
+           qv_clasp_seal_decrypt(iv, tag, ct, plain) && parse_wallet_document(plain.view(), document);
 }
 
 void clear_keys(QvClaspSession& session) {
@@ -106,14 +78,9 @@ void read_common_fields(const Json& root, QvClaspSession& session) {
     session.contacts = read_contacts(root);
 }
 
-// The string under `key` straight from the document, without a copy on the way; empty where there is none.
-std::string_view secret_member(const Json& root, std::string_view key) {
-    const Json& value = json_member(root, key);
-    return value.is_string() ? std::string_view(value.get_ref<const std::string&>()) : std::string_view();
-}
-
-bool read_mnemonic_wallet(const Json& root, QvClaspSession& session) {
-    session.mnemonic.assign(secret_member(root, "mnemonic"));
+bool read_mnemonic_wallet(const WalletDocument& document, QvClaspSession& session) {
+    const Json& root = document.root;
+    session.mnemonic = document.mnemonic;
     if (!qv_clasp_mnemonic_valid()) return false;
     session.hd = true;
     session.backup = json_bool(root, "backup");
@@ -125,9 +92,10 @@ bool read_mnemonic_wallet(const Json& root, QvClaspSession& session) {
     return false;
 }
 
-bool read_legacy_wallet(const Json& root, QvClaspSession& session) {
+bool read_legacy_wallet(const WalletDocument& document, QvClaspSession& session) {
+    const Json& root = document.root;
     read_common_fields(root, session);
-    const std::string_view priv_hex = secret_member(root, "priv");
+    const std::string_view priv_hex = document.priv.view();
     if (!is_hex64(priv_hex)) return false;
     std::string pub = json_text(root, "pub");
     if (pub.empty() && !qv_clasp_pub_from_priv(priv_hex, pub)) return false;
@@ -140,26 +108,29 @@ bool read_legacy_wallet(const Json& root, QvClaspSession& session) {
     return true;
 }
 
-Json mnemonic_form(const QvClaspSession& session) {
-    Json root = {{"version", FORM_VERSION},   {"mnemonic", session.mnemonic.view()},
-                 {"backup", session.backup},  {"recv", session.recv},
-                 {"show", session.show},      {"identity", session.identity_address},
-                 {"address", session.address}};
-    if (!session.paymail.empty()) root["paymail"] = session.paymail;
-    return root;
+void mnemonic_form(const QvClaspSession& session, WalletDocument& document) {
+    document.mnemonic = session.mnemonic;
+    document.root = {{"version", FORM_VERSION},
+                     {"backup", session.backup},
+                     {"recv", session.recv},
+                     {"show", session.show},
+                     {"identity", session.identity_address},
+                     {"address", session.address}};
+    if (!session.paymail.empty()) document.root["paymail"] = session.paymail;
 }
 
 // The paymail of a legacy wallet is read but not kept; its wallet program has the last word on it.
-Json legacy_form(const QvClaspSession& session) {
-    return {{"priv", session.priv.view()}, {"pub", session.pub}, {"address", session.address}};
+void legacy_form(const QvClaspSession& session, WalletDocument& document) {
+    document.priv = session.priv;
+    document.root = {{"pub", session.pub}, {"address", session.address}};
 }
 
-Json whole_form(const QvClaspSession& session) {
-    Json root = session.hd ? mnemonic_form(session) : legacy_form(session);
+void whole_form(const QvClaspSession& session, WalletDocument& document) {
+    session.hd ? mnemonic_form(session, document) : legacy_form(session, document);
+    Json& root = document.root;
     if (!session.ord_avatar.empty()) root["ord_avatar"] = session.ord_avatar;
     if (!session.ord_owned.empty()) root["ord_owned"] = ord_owned_rows(session.ord_owned);
     if (!session.contacts.empty()) root["contacts"] = contact_rows(session.contacts);
-    return root;
 }
 
 bool has_keys(const QvClaspSession& session) {
@@ -198,14 +169,13 @@ bool qv_clasp_load() {
     if (is_loaded(session)) return true;
     if (qv_clasp_active_wallet_id().empty()) return false;
     if (session.seal_gate && !session.unlocked && qv_clasp_is_locked()) return false;
-    Document document;
-    if (!read_document(qv_clasp_document_path(), document)) return false;
+    WalletDocument document;
+    if (!read_wallet_document(qv_clasp_document_path(), document)) return false;
     if (is_seal_envelope(document.root) && !open_envelope(document)) return false;
 
     clear_document_fields(session);
     const bool hd = json_member(document.root, "mnemonic").is_string();
-    const bool read =
-        hd ? read_mnemonic_wallet(document.root, session) : read_legacy_wallet(document.root, session);
+    const bool read = hd ? read_mnemonic_wallet(document, session) : read_legacy_wallet(document, session);
     if (read) qv_clasp_load_spent();
     return read;
 }
@@ -218,19 +188,18 @@ bool qv_clasp_save() {
     const std::string path = qv_clasp_document_path();
     make_folder(path.substr(0, path.rfind('/')));
 
-    Document document;
-    document.root = whole_form(session);
-    std::string text = dump_json(document.root, 2);
-    const bool saved = write_text_file(path, text) && (!session.unlocked || qv_clasp_seal_write(text));
-    cleanse_memory(text.data(), text.size());
-    return saved;
+    WalletDocument document;
+    whole_form(session, document);
+    const SecretText text = wallet_document_text(document);
+    return write_wallet_document(path, text.view()) &&
+           (!session.unlocked || qv_clasp_seal_write(text.view()));
 }
 
 void qv_clasp_reconcile() {
     QvClaspSession& session = qv_clasp_session();
     if (!is_loaded(session)) return;
-    Document document;
-    if (!read_document(qv_clasp_document_path(), document)) return;
+    WalletDocument document;
+    if (!read_wallet_document(qv_clasp_document_path(), document)) return;
     const Json& root = document.root;
     if (!root.is_object() || root.contains("lock")) return;
 
@@ -262,8 +231,8 @@ bool qv_clasp_summary(std::string& address_out, std::string& paymail_out, bool& 
     }
     if (!session.unlocked && qv_clasp_is_locked()) return false;
     if (qv_clasp_active_wallet_id().empty()) return false;
-    Document document;
-    if (!read_document(qv_clasp_document_path(), document)) return false;
+    WalletDocument document;
+    if (!read_wallet_document(qv_clasp_document_path(), document)) return false;
     const bool hd = json_member(document.root, "mnemonic").is_string();
     if (!hd && !json_member(document.root, "priv").is_string()) return false;
     hd_out = hd;
