@@ -1,5 +1,6 @@
 #include "base/json_file.h"
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <limits>
@@ -31,6 +32,29 @@ bool nests_too_deep(std::string_view text) {
         }
     }
     return false;
+}
+
+bool write_anew(const std::string& path, std::string_view content) {
+    std::ofstream file(utf8_path(path), std::ios::binary | std::ios::trunc);
+    if (!file) return false;
+    file.write(content.data(), static_cast<std::streamsize>(content.size()));
+    file.close();
+    return !file.fail();
+}
+
+// Writes over the old content in one piece, with blanks over what is left of a longer one, and cuts the
+// blanks off: a program that ends in between leaves one JSON document or the other, never an empty file.
+bool write_over(const std::string& path, std::string_view content, std::uintmax_t old_size) {
+    std::fstream file(utf8_path(path), std::ios::binary | std::ios::in | std::ios::out);
+    if (!file) return false;
+    std::string padded(content);
+    padded.resize(std::max(content.size(), static_cast<std::size_t>(old_size)), ' ');
+    file.write(padded.data(), static_cast<std::streamsize>(padded.size()));
+    file.close();
+    if (file.fail()) return false;
+    std::error_code error;
+    std::filesystem::resize_file(utf8_path(path), content.size(), error);
+    return !error;
 }
 
 }  // namespace
@@ -72,11 +96,10 @@ bool read_text_file(const std::string& path, std::string& content) {
 }
 
 bool write_text_file(const std::string& path, std::string_view content) {
-    std::ofstream file(utf8_path(path), std::ios::binary | std::ios::trunc);
-    if (!file) return false;
-    file.write(content.data(), static_cast<std::streamsize>(content.size()));
-    file.close();
-    return !file.fail();
+    std::error_code error;
+    const std::uintmax_t old_size = std::filesystem::file_size(utf8_path(path), error);
+    const bool is_new = error || old_size == 0;
+    return (!is_new && write_over(path, content, old_size)) || write_anew(path, content);
 }
 
 bool parse_json(std::string_view text, Json& document) {

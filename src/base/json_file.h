@@ -19,7 +19,9 @@ void remove_file(const std::string& path);
 
 // The whole file as bytes. False, with `content` empty, if it cannot be opened or read.
 bool read_text_file(const std::string& path, std::string& content);
-// Truncates the file and writes the content; false if it cannot be opened or the stream fails.
+// Replaces the file's content in place; false if it cannot be opened or the stream fails. The end of the
+// program at any moment leaves the old text or the new one, which may have blanks behind it, unless the
+// system itself tears the write.
 bool write_text_file(const std::string& path, std::string_view content);
 
 // The document of a text; false, with `document` null, if it does not parse. Nesting beyond 512 levels counts
