@@ -19,7 +19,7 @@ constexpr std::uint64_t SEED = 20264;
 
 std::chrono::milliseconds walk_time() {
     const char* wish = std::getenv("BURSARIA_LONG_TESTS");
-    return wish && *wish == '1' ? std::chrono::seconds(45) : std::chrono::seconds(4);
+    return wish && *wish == '1' ? std::chrono::seconds(60) : std::chrono::seconds(6);
 }
 
 class ThreadWalk : public Journey {
@@ -165,7 +165,10 @@ TEST_F(ThreadWalk, KeepsTwoWalletsApartWhileTheyAreSwitched) {
         threads.emplace_back([&] {
             std::mt19937_64 random(SEED);
             while (goes_on()) {
-                std::this_thread::sleep_for(std::chrono::milliseconds(random() % 40));
+                // Now and then long enough for a report to come to its end, which is what a switch must
+                // spoil.
+                const std::uint64_t longest_ms = random() % 3 == 0 ? 900 : 60;
+                std::this_thread::sleep_for(std::chrono::milliseconds(random() % longest_ms));
                 FakeClock::advance_milliseconds(static_cast<std::int64_t>(random() % 9'000));
                 change_wallet(random);
             }
@@ -173,7 +176,7 @@ TEST_F(ThreadWalk, KeepsTwoWalletsApartWhileTheyAreSwitched) {
     }
     const WalletLock lock = qv_clasp_lock_wallet();
     look_at_chain();
-    EXPECT_GT(changes, 3);
+    EXPECT_GT(changes, 1);
     EXPECT_GT(reports + payments, 0) << "the walk did nothing that could have gone wrong";
     RecordProperty("changes", changes);
     RecordProperty("reports", reports);
