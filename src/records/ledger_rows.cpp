@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "base/json_file.h"
+#include "records/ledger_text.h"
 
 namespace {
 
@@ -101,10 +102,31 @@ class RowReader : public Json::json_sax_t {
     std::string key_;
 };
 
-}  // namespace
-
-std::vector<PayoutEntry> ledger_rows(std::string_view text) {
+std::vector<PayoutEntry> rows_of_any_text(std::string_view text) {
     RowReader reader;
     if (!Json::sax_parse(text.begin(), text.end(), &reader)) return {};
     return std::move(reader.rows);
+}
+
+PayoutEntry entry_of(const LedgerRowText& row) {
+    if (!row.plain) {
+        const std::string alone = std::string(LEDGER_START).append(row.text).append(LEDGER_END);
+        return rows_of_any_text(alone).front();
+    }
+    return {.token_id = std::string(row.token_id),
+            .token_name = std::string(row.token_name),
+            .name = std::string(row.name),
+            .dest = std::string(row.dest),
+            .txid = std::string(row.txid),
+            .kind = std::string(row.kind),
+            .sats = row.sats,
+            .unix = row.unix};
+}
+
+}  // namespace
+
+std::vector<PayoutEntry> ledger_rows(std::string_view text) {
+    std::vector<PayoutEntry> rows;
+    if (walk_ledger_text(text, [&](const LedgerRowText& row) { rows.push_back(entry_of(row)); })) return rows;
+    return rows_of_any_text(text);
 }

@@ -1,6 +1,7 @@
 #include "wallet/coin_records.h"
 
 #include <algorithm>
+#include <fstream>
 #include <limits>
 #include <map>
 #include <system_error>
@@ -20,6 +21,7 @@ constexpr std::int64_t CACHE_FRESH_NS = 8'000'000'000;
 constexpr std::int64_t ORDINALS_FRESH_NS = 20'000'000'000;
 constexpr std::int64_t EXPIRED_AGE_NS = 30'000'000'000;
 constexpr std::uintmax_t LARGEST_RECORD_FILE = 64U << 20U;
+constexpr std::size_t COMPARED_END = 512;
 constexpr std::string_view SPENT_TEXT_START = R"({"outpoints":[)";
 constexpr std::string_view SPENT_TEXT_END = "]}";
 
@@ -30,6 +32,9 @@ struct RecordFile {
     std::string text{};
     bool only_here = false;
     bool is_own_text = false;  // written here, so its form is known
+    // When the file was last found to hold `text`; its size is the text's.
+    bool was_in_step = false;
+    std::filesystem::file_time_type time{};
 };
 
 RecordFile spent_file{"_spent.json"};
@@ -58,6 +63,7 @@ bool entered_other_scope(RecordFile& file) {
     file.text.clear();
     file.only_here = false;
     file.is_own_text = false;
+    file.was_in_step = false;
     return had_scope;
 }
 
@@ -81,13 +87,37 @@ bool read_record(const RecordFile& file, std::string& text_out) {
     return !error && size <= LARGEST_RECORD_FILE && read_text_file(path, text_out);
 }
 
+// The file holds `text` now, as it was read or written a moment ago.
+void note_in_step(RecordFile& file) {
+    std::error_code error;
+    file.time = std::filesystem::last_write_time(utf8_path(record_path(file)), error);
+    file.was_in_step = !error;
+}
+
+// The file is the one that held `text`, by its size, its time and its end. Who adds a coin changes the size,
+// and who replaces some changes the end, also within one tick of the file's time.
+bool is_as_left(const RecordFile& file) {
+    if (!file.was_in_step || file.only_here || !is_written_to_disk(file)) return false;
+    const std::filesystem::path path = utf8_path(record_path(file));
+    std::error_code error;
+    if (std::filesystem::file_size(path, error) != file.text.size() || error) return false;
+    if (std::filesystem::last_write_time(path, error) != file.time || error) return false;
+    std::string end(std::min<std::size_t>(file.text.size(), COMPARED_END), '\0');
+    std::ifstream stream(path, std::ios::binary);
+    stream.seekg(static_cast<std::streamoff>(file.text.size() - end.size()));
+    stream.read(end.data(), static_cast<std::streamsize>(end.size()));
+    return stream.good() && file.text.ends_with(end);
+}
+
 void write_record(RecordFile& file, std::string text) {
+    file.was_in_step = false;
     file.text = std::move(text);
     file.is_own_text = true;
     file.only_here = true;
     if (!is_written_to_disk(file)) return;
     make_folder(qv_data_root() + "/ord_snap");
     file.only_here = !write_text_file(record_path(file), file.text);
+    if (!file.only_here) note_in_step(file);
 }
 
 bool parse_spent(const std::string& text, OutpointSet& spent_out) {
@@ -286,6 +316,7 @@ void qv_clasp_unmark_spent(const std::vector<QvClaspUtxo>& coins) {
 
 void qv_clasp_load_spent() {
     if (entered_other_scope(spent_file)) coin_records.spent_set.clear();
+    if (is_as_left(spent_file) && coin_records.spent_set.size() == spent_keys_in_file) return;
     std::string text;
     if (!read_record(spent_file, text)) return;
     if (text == spent_file.text && coin_records.spent_set.size() == spent_keys_in_file) return;

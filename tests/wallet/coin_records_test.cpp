@@ -110,6 +110,20 @@ TEST(SpentOutpoints, FollowWhatAnotherProgramWrote) {
     for (const std::uint32_t vout : {5U, 6U}) EXPECT_TRUE(qv_clasp_is_spent(TXID, vout)) << vout;
 }
 
+TEST(SpentOutpoints, AFileOfTheSameSizeAndTimeIsKnownByItsEnd) {
+    const RecordsWorld world;
+    qv_clasp_mark_spent(TXID, 0);
+    const std::filesystem::path path = utf8_path(world.home.root() + SPENT_PATH);
+    const auto time = std::filesystem::last_write_time(path);
+    std::string text = world.home.read(SPENT_PATH);
+    const std::size_t last_digit = text.rfind(":0") + 1;
+    text[last_digit] = '1';
+    world.home.write(SPENT_PATH, text);
+    std::filesystem::last_write_time(path, time);
+    qv_clasp_load_spent();
+    EXPECT_TRUE(qv_clasp_is_spent(TXID, 1));
+}
+
 TEST(SpentOutpoints, ADamagedFileLeavesMemoryAndIsReplaced) {
     std::vector<std::string> damaged = NO_OBJECTS;
     damaged.push_back(R"({"outpoints":{}})");

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -27,6 +28,8 @@ std::string family_data_folder() {
 }
 
 void create_private_folder(const std::string& path) {
+    // It is nearly always there, and asked for before every file.
+    if (::mkdir(path.c_str(), S_IRWXU) == 0 || errno == EEXIST) return;
     std::error_code error;
     const std::filesystem::path folder(path);
     if (folder.has_parent_path()) std::filesystem::create_directories(folder.parent_path(), error);
