@@ -153,19 +153,20 @@ QvClaspCoin coin_on(const Key& key, Dice& dice, std::int64_t sats) {
             .hash160 = hash160_of(key.address)};
 }
 
-// Every two hundred and fiftieth has so many inputs that their count takes its longer form.
-bool is_crowded(int number) {
-    return number % 250 == 7;
+// Every two hundred and fiftieth transaction has 253 or 252 inputs: a count in its longer form, or the last
+// of the shorter. 0 for all others.
+std::size_t crowd(int number) {
+    return number % 250 == 7 ? 253 - static_cast<std::size_t>(number / 250 % 2) : 0;
 }
 
-std::vector<QvClaspCoin> random_coins(Dice& dice, bool crowded, const std::vector<Key>& keys,
+std::vector<QvClaspCoin> random_coins(Dice& dice, std::size_t crowded, const std::vector<Key>& keys,
                                       const Key& session_key) {
     std::vector<QvClaspCoin> coins;
-    for (std::size_t left = crowded ? 252 + dice.roll(3) : 1 + dice.roll(dice.one_in(10) ? 12 : 4); left > 0;
+    for (std::size_t left = crowded > 0 ? crowded : 1 + dice.roll(dice.one_in(10) ? 12 : 4); left > 0;
          --left) {
         const bool session_coin = dice.one_in(5);
         const Key& key = session_coin ? session_key : keys[dice.roll(keys.size())];
-        coins.push_back(coin_on(key, dice, dice.sats(MOST_SATS_A_COIN) + (crowded ? 1000 : 0)));
+        coins.push_back(coin_on(key, dice, dice.sats(MOST_SATS_A_COIN) + (crowded > 0 ? 1000 : 0)));
         // Without keys of its own a coin is signed with the session's.
         if (session_coin) coins.back().priv.wipe();
     }
@@ -226,13 +227,13 @@ void add_signed(Json& line, const std::vector<QvClaspCoin>& coins,
 // One signed transaction, through the same calls that a send makes; null if these coins do not pay for it.
 bool transaction_case(Dice& dice, const std::vector<Key>& keys, const Key& session_key, int number,
                       Json& line) {
-    const bool crowded = is_crowded(number);
+    const std::size_t crowded = crowd(number);
     std::vector<QvClaspCoin> coins = random_coins(dice, crowded, keys, session_key);
     const std::string memo = memo_text(dice);
     const Key& own = keys[dice.roll(keys.size())];
     const std::string dest = dice.one_in(6) ? own.address : qv_clasp_address_from_hash160(dice.bytes<20>());
     const std::string change = keys[dice.roll(keys.size())].address;
-    const std::int64_t sats = payment(dice, crowded ? dice.roll(3) : dice.roll(6), coins, memo);
+    const std::int64_t sats = payment(dice, crowded > 0 ? dice.roll(3) : dice.roll(6), coins, memo);
     std::vector<QvClaspTxOutput> outputs;
     std::int64_t fee = 0;
     std::string error;
