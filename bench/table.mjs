@@ -95,13 +95,6 @@ line('  all ranges, all tokens and one', cpu('history_views/100000'), '', NaN, t
 line('  first append of a process', cpu('first_append/100000'), 'the file read', cpu('ledger_read/100000'), tenfold('first_append', 100000),
     '50 ms', cpu('first_append/100000') < 50);
 line('  each later append', cpu('next_append/100000'), '', NaN, tenfold('next_append', 100000), '50 ms', cpu('next_append/100000') < 50);
-const start = best.get('window_start');
-if (start) {
-    line('Bursaria.exe to its painted window (Wine), real time', start.wall_ms, 'a bare window', wall('bare_window_start'), NaN);
-    line(`  file ${of('window_start', 'file_kb')} KB (bare ${of('bare_window_start', 'file_kb')} KB), memory ${of('window_start', 'memory_kb')} KB (bare ${of('bare_window_start', 'memory_kb')} KB)`,
-        NaN, '', NaN, NaN);
-}
-
 const head = ['case', 'this program', 'peer or floor', 'its time', 'ratio', 'work x10', 'aim'];
 const width = head.map((text, i) => Math.max(text.length, ...lines.map((cells) => cells[i].length)));
 const print = (cells) => console.log(`| ${cells.map((cell, i) => cell.padEnd(width[i])).join(' | ')} |`);

@@ -41,6 +41,8 @@ void write_if_different(const std::string& path, std::string_view content) {
     const std::uintmax_t size = std::filesystem::file_size(utf8_path(path), error);
     std::string present;
     if (!error && size == content.size() && read_text_file(path, present) && present == content) return;
+    if (write_text_file(path, content)) return;
+    make_folder(cache_folder());
     write_text_file(path, content);
 }
 
@@ -51,7 +53,6 @@ void qv_clasp_cache_put(const std::string& origin, const std::string& type, cons
     const std::string folder = cache_folder();
     const std::string line = first_line(type);
     const std::lock_guard hold(cache_mutex);
-    make_folder(folder);
     write_if_different(folder + "/" + origin + ".bin", body_text(bytes));
     if (!line.empty()) write_if_different(folder + "/" + origin + ".typ", line);
 }
@@ -78,7 +79,6 @@ void qv_clasp_name_put(const std::string& origin, const std::string& name) {
     if (!may_name_a_file(origin) || line.empty()) return;
     const std::string folder = cache_folder();
     const std::lock_guard hold(cache_mutex);
-    make_folder(folder);
     write_if_different(folder + "/" + origin + ".nam", line);
 }
 
