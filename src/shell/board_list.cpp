@@ -117,6 +117,8 @@ bool on_board_command(Shell& shell, int id) {
             on_set_excluded(shell.round, row, id == COMMAND_EXCLUDE);
             return true;
         case COMMAND_COPY_ROW:
+            // A new board came while the menu was open.
+            if (row < 0) return true;
             ListView_SetItemState(board_of(shell), row, LVIS_SELECTED | LVIS_FOCUSED,
                                   LVIS_SELECTED | LVIS_FOCUSED);
             copy_selected_row(shell);

@@ -74,6 +74,8 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR, int show) {
     shell.instance = instance;
     load_settings(shell.ui);
     shell.theme.index = theme_from_name(shell.ui.theme);
+    // What is saved is the look in use, whatever the file called it.
+    shell.ui.theme = theme_name(shell.theme.index);
     qv_clasp_http_start();
     shell.round.wallet = library_wallet();
     shell.round.workers = shell_workers(shell);

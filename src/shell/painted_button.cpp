@@ -37,6 +37,10 @@ LRESULT CALLBACK button_procedure(HWND button, UINT message, WPARAM first, LPARA
         case WM_MOUSELEAVE:
             on_mouse_leave(button);
             break;
+        case WM_KEYDOWN:
+            // Where no dialog manager does it, the button that was clicked last passes the key on.
+            if (first == VK_ESCAPE) PostMessageW(GetParent(button), WM_COMMAND, IDCANCEL, 0);
+            break;
         case WM_SETCURSOR:
             if (LOWORD(second) != HTCLIENT) break;
             SetCursor(LoadCursorW(nullptr, reinterpret_cast<LPCWSTR>(IDC_HAND)));
