@@ -1,10 +1,10 @@
 #include "records/payout_ledger.h"
 
 #include <memory>
-#include <mutex>
 
 #include "base/clock.h"
 #include "base/json_file.h"
+#include "base/ranked_mutex.h"
 #include "records/ledger_file.h"
 #include "records/ledger_rows.h"
 #include "records/ledger_text.h"
@@ -18,7 +18,7 @@ using Entries = std::vector<PayoutEntry>;
 // The entries of the text that was read last: reading it is quick, and taking it apart is not. Never
 // destroyed: a worker may still read when the process ends.
 struct LastRead {
-    std::mutex mutex;
+    RankedMutex<LockRank::Leaf> mutex;
     std::string text;
     std::shared_ptr<const Entries> entries = std::make_shared<Entries>();
 };
@@ -27,7 +27,7 @@ std::shared_ptr<const Entries> current_entries() {
     static auto& last = *new LastRead;
     std::string text;
     read_text_file(ledger_file_path(), text);
-    const std::lock_guard<std::mutex> hold(last.mutex);
+    const std::lock_guard hold(last.mutex);
     if (text != last.text) {
         last.entries = std::make_shared<Entries>(ledger_rows(text));
         last.text = std::move(text);
