@@ -96,9 +96,24 @@ std::optional<LRESULT> answer_look_message(const Shell& shell, HWND window, UINT
             return reinterpret_cast<LRESULT>(shell.theme.window_brush.get());
         case WM_ERASEBKGND:
             return erase_with(window, dc, shell.theme.window_brush.get());
+        case WM_NEXTDLGCTL:
+            // A text of many lines takes the Tab key to itself, and passes it on with this.
+            focus_next_control(window, first != 0);
+            return 0;
         default:
             return std::nullopt;
     }
+}
+
+bool focus_next_control(HWND window, bool backwards) {
+    HWND focus = IsChild(window, GetFocus()) ? GetFocus() : nullptr;
+    HWND next = GetNextDlgTabItem(window, focus, backwards);
+    if (next == nullptr) return false;
+    SendMessageW(window, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0);
+    SetFocus(next);
+    // As a dialog does: what was typed before is replaced by what is typed now.
+    if ((SendMessageW(next, WM_GETDLGCODE, 0, 0) & DLGC_HASSETSEL) != 0) SendMessageW(next, EM_SETSEL, 0, -1);
+    return true;
 }
 
 bool press_focused_button(HWND window) {

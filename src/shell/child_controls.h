@@ -38,6 +38,9 @@ void place_children(HWND window, std::span<const PlacedControl> places);
 std::optional<LRESULT> answer_look_message(const Shell& shell, HWND window, UINT number, WPARAM first,
                                            LPARAM second, std::span<const int> bright = {});
 
+// Moves the focus to the next control, as the Tab key does, or to the one before. False with nowhere to go.
+bool focus_next_control(HWND window, bool backwards);
+
 // What the Enter key means in a window whose keys go through the dialog manager: a press of the painted
 // button that has the focus. False if none has it.
 bool press_focused_button(HWND window);

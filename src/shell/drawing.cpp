@@ -39,14 +39,37 @@ struct GlyphPen {
     }
 };
 
+// Round at any size: not every GDI+ cuts a small ellipse into enough pieces of its own.
+std::array<Gdiplus::PointF, 64> ellipse(float left, float top, float width, float height) {
+    std::array<Gdiplus::PointF, 64> points;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const double angle = static_cast<double>(i) * 2 * std::numbers::pi / points.size();
+        points[i] = {left + width / 2 * (1 + static_cast<float>(std::cos(angle))),
+                     top + height / 2 * (1 + static_cast<float>(std::sin(angle)))};
+    }
+    return points;
+}
+
+void draw_ellipse(Gdiplus::Graphics& graphics, const Gdiplus::Pen& pen, float left, float top, float width,
+                  float height) {
+    const auto points = ellipse(left, top, width, height);
+    graphics.DrawPolygon(&pen, points.data(), static_cast<INT>(points.size()));
+}
+
+void fill_ellipse(Gdiplus::Graphics& graphics, const Gdiplus::Brush& brush, float left, float top,
+                  float width, float height) {
+    const auto points = ellipse(left, top, width, height);
+    graphics.FillPolygon(&brush, points.data(), static_cast<INT>(points.size()));
+}
+
 // An ellipse or a disc around the origin that the glyph is drawn from.
 void ring(Gdiplus::Graphics& graphics, const GlyphPen& line, float radius) {
-    graphics.DrawEllipse(&line.pen, -radius, -radius, 2 * radius, 2 * radius);
+    draw_ellipse(graphics, line.pen, -radius, -radius, 2 * radius, 2 * radius);
 }
 
 void disc(Gdiplus::Graphics& graphics, DWORD argb, float width, float height, float x = 0, float y = 0) {
     const Gdiplus::SolidBrush brush{Gdiplus::Color(argb)};
-    graphics.FillEllipse(&brush, x - width / 2, y - height / 2, width, height);
+    fill_ellipse(graphics, brush, x - width / 2, y - height / 2, width, height);
 }
 
 void bar(Gdiplus::Graphics& graphics, DWORD argb, float x, float y, float width, float height) {
@@ -61,7 +84,7 @@ void target_glyph(Gdiplus::Graphics& graphics, const GlyphPen& line, DWORD argb)
 }
 
 void eye_glyph(Gdiplus::Graphics& graphics, const GlyphPen& line, DWORD) {
-    graphics.DrawEllipse(&line.pen, -9.0F, -5.5F, 18.0F, 11.0F);
+    draw_ellipse(graphics, line.pen, -9.0F, -5.5F, 18.0F, 11.0F);
     disc(graphics, 0xFF483410, 6.4F, 6.4F);
     disc(graphics, 0xFFFFF4C8, 2.2F, 2.2F, 1.0F, -1.0F);
 }
@@ -78,7 +101,7 @@ void clock_glyph(Gdiplus::Graphics& graphics, const GlyphPen& line, DWORD) {
 }
 
 void bulb_glyph(Gdiplus::Graphics& graphics, const GlyphPen& line, DWORD argb) {
-    graphics.DrawEllipse(&line.pen, -6.5F, -9.0F, 13.0F, 13.0F);
+    draw_ellipse(graphics, line.pen, -6.5F, -9.0F, 13.0F, 13.0F);
     bar(graphics, argb, -3.2F, 3.5F, 6.4F, 2.2F);
     bar(graphics, argb, -2.2F, 6.2F, 4.4F, 2.0F);
 }
@@ -215,7 +238,7 @@ void draw_gear(HDC dc, int x, int y, Colour colour) {
     smooth(graphics);
     graphics.TranslateTransform(static_cast<float>(x), static_cast<float>(y));
     const Gdiplus::Pen pen(gdiplus_color(colour), 2.0F);
-    graphics.DrawEllipse(&pen, -6, -6, 12, 12);
+    draw_ellipse(graphics, pen, -6, -6, 12, 12);
     for (int spoke = 0; spoke < 8; ++spoke) {
         const double angle = spoke * std::numbers::pi / 4;
         const auto dx = static_cast<float>(std::cos(angle));
@@ -232,13 +255,13 @@ void draw_wallet_icon(HDC dc, int x, int y) {
     const Gdiplus::SolidBrush gold{Gdiplus::Color(0xFFF2C42A)};
     const Gdiplus::SolidBrush body{Gdiplus::Color(0xFFF6F6F4)};
     const Gdiplus::SolidBrush latch{Gdiplus::Color(0xFFE8A824)};
-    graphics.FillEllipse(&gold, 10, 0, 16, 16);
-    graphics.DrawEllipse(&pen, 10, 0, 16, 16);
+    fill_ellipse(graphics, gold, 10, 0, 16, 16);
+    draw_ellipse(graphics, pen, 10, 0, 16, 16);
     graphics.FillRectangle(&body, 1, 12, 34, 24);
     graphics.DrawRectangle(&pen, 1, 12, 34, 24);
     graphics.FillRectangle(&latch, 22, 18, 14, 9);
     graphics.DrawRectangle(&pen, 22, 18, 14, 9);
-    graphics.DrawEllipse(&pen, 30.0F, 20.5F, 4.0F, 4.0F);
+    draw_ellipse(graphics, pen, 30.0F, 20.5F, 4.0F, 4.0F);
 }
 
 void draw_rounded_card(HDC dc, const RECT& area, int radius, Colour fill, Colour outline) {

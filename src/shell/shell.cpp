@@ -3,6 +3,8 @@
 #include <string>
 #include <thread>
 
+#include "shell/child_controls.h"
+
 void apply_theme(Shell& shell, std::size_t index) {
     choose_palette(shell.theme, index);
     for (HWND window : {shell.main.load(), shell.history, shell.settings, shell.message, shell.vault})
@@ -14,14 +16,7 @@ void apply_theme(Shell& shell, std::size_t index) {
 static bool walk_main_window(HWND main, const MSG& message) {
     if (main == nullptr || message.message != WM_KEYDOWN || message.wParam != VK_TAB) return false;
     if (message.hwnd != main && !IsChild(main, message.hwnd)) return false;
-    const BOOL backwards = GetKeyState(VK_SHIFT) < 0;
-    HWND next = GetNextDlgTabItem(main, IsChild(main, GetFocus()) ? GetFocus() : nullptr, backwards);
-    if (next == nullptr) return false;
-    SendMessageW(main, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0);
-    SetFocus(next);
-    // As a dialog does: what was typed before is replaced by what is typed now.
-    if ((SendMessageW(next, WM_GETDLGCODE, 0, 0) & DLGC_HASSETSEL) != 0) SendMessageW(next, EM_SETSEL, 0, -1);
-    return true;
+    return focus_next_control(main, GetKeyState(VK_SHIFT) < 0);
 }
 
 bool offer_dialog_keys(const Shell& shell, MSG& message) {

@@ -201,7 +201,7 @@ void VaultRecord::on_save() {
         set_create_mode(false);
     }
     say(VAULT_MESSAGE, edit.text);
-    if (edit.changed) show_vault();
+    if (edit.changed) start_lookup();
 }
 
 void VaultRecord::on_add() {
