@@ -6,6 +6,7 @@
 #include <exception>
 #include <mutex>
 #include <optional>
+#include <shared_mutex>
 #include <thread>
 
 #include "base/text.h"
@@ -73,10 +74,15 @@ struct Sandbox::Body {
     ServiceReply serve(const std::string& service, Answer answer, ServiceRequest request) {
         const SeenRequest seen{service, request.method, request.target};
         context.requests.add(seen);
-        if (watch && watch(seen, false)) return hung_up();
+        if (closes(seen, false)) return hung_up();
         ServiceReply reply = serve_with_faults(service, answer, request);
-        if (watch && watch(seen, true)) reply.hang_up = true;
+        if (closes(seen, true)) reply.hang_up = true;
         return reply;
+    }
+
+    bool closes(const SeenRequest& seen, bool acted) {
+        const std::shared_lock lock(watch_mutex);
+        return watch && watch(seen, acted);
     }
 
     ServiceReply serve_with_faults(const std::string& service, Answer answer, ServiceRequest& request) {
@@ -163,6 +169,7 @@ struct Sandbox::Body {
     Ports ports;
     ServiceContext context;
     Pause pause;
+    std::shared_mutex watch_mutex;
     RequestWatch watch;
     std::vector<std::unique_ptr<ServiceServer>> servers;
     std::thread connects;
@@ -261,6 +268,7 @@ std::size_t Sandbox::count(const std::string& method, const std::string& path_pa
 }
 
 void Sandbox::watch_requests(RequestWatch watch) {
+    const std::unique_lock lock(body_->watch_mutex);
     body_->watch = std::move(watch);
 }
 

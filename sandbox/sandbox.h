@@ -74,7 +74,7 @@ class Sandbox {
     void clear_requests();
     // Requests of that method ("" for any) whose path holds the part.
     std::size_t count(const std::string& method, const std::string& path_part) const;
-    // Set while no request is on its way; an empty one looks at nothing.
+    // An empty one looks at nothing. The one before is not called any more once this returns.
     void watch_requests(RequestWatch watch);
     // Receipts of payments that the family's host has taken: their bodies as they came.
     std::vector<Json> receipts() const;

@@ -166,6 +166,19 @@ class Killed : public Journey, public testing::WithParamInterface<Killing> {
         return fresh.size() != written;
     }
 
+    // Every coin that these payments spent is in the record, and so is the change of the last one.
+    void expect_recorded(const std::vector<Transaction>& payments) {
+        const std::string scope = "/ord_snap/" + world().main_wallet.id;
+        const std::string spent = home.read(scope + "_spent.json");
+        for (const Transaction& tx : payments) {
+            for (const TxInput& input : tx.inputs)
+                EXPECT_TRUE(contains(spent, input.txid + ":" + std::to_string(input.vout)))
+                    << "a spent coin is forgotten";
+        }
+        EXPECT_TRUE(payments.empty() || contains(home.read(scope + "_change.json"), payments.back().txid))
+            << "change is forgotten";
+    }
+
     // A coin in the record of spent ones is spent, and change that waits is on the chain: a lie in either
     // would lose money or promise some that is not there.
     void expect_true_records() {
@@ -231,6 +244,7 @@ class Killed : public Journey, public testing::WithParamInterface<Killing> {
         EXPECT_TRUE(now.readable);
         EXPECT_EQ(now.entries.size(), (old.readable ? old.entries.size() : 0) + fresh.size());
         EXPECT_GE(fresh.size(), 3U);
+        expect_recorded(fresh);
         // The change that a payment spent which the program did not live to write down is offered once more.
         if (!ahead && !torn_records()) {
             EXPECT_EQ(box->count("POST", "/tx/raw"), 0U) << "a coin was spent twice";
