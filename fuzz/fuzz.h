@@ -44,4 +44,6 @@ inline constexpr const char* FUZZ_WORDS =
 // all); without one it gets no answer. "$a" to "$z" in a body or a PART stand for transaction ids that no
 // earlier input has used, since the program keeps what it once knows of a transaction.
 void script_services(std::string_view input);
+// The same for one answer, whose body is taken as it stands.
+void script_one_answer(const std::string& part, const std::string& body);
 std::string fuzz_txid(char letter);

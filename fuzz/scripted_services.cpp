@@ -78,6 +78,11 @@ void script_services(std::string_view input) {
     }
 }
 
+void script_one_answer(const std::string& part, const std::string& body) {
+    ++input_number;
+    answers = {{part, 200, body}};
+}
+
 std::string fuzz_txid(char letter) {
     char text[65];
     std::snprintf(text, sizeof text, "%02x%062lx", static_cast<unsigned>(static_cast<unsigned char>(letter)),

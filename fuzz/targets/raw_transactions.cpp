@@ -6,7 +6,7 @@
 namespace {
 
 void read(const std::string& raw_hex, char output) {
-    script_services("=== /hex 200\n" + raw_hex);
+    script_one_answer("/hex", raw_hex);
     std::string type;
     Bytes body;
     if (qv_clasp_inscription_bytes(fuzz_txid('a') + "_" + output, type, body, true))

@@ -58,10 +58,12 @@ class Cursor {
         const bool negative = take("-");
         const std::size_t begin = at_;
         number = 0;
-        while (at_ < text_.size() && text_[at_] >= '0' && text_[at_] <= '9' && at_ - begin <= MOST_DIGITS)
+        while (at_ < text_.size() && text_[at_] >= '0' && text_[at_] <= '9') {
+            if (at_ - begin == MOST_DIGITS) return false;
             number = number * 10 + (text_[at_++] - '0');
+        }
         const std::size_t digits = at_ - begin;
-        if (digits == 0 || digits > MOST_DIGITS) return false;
+        if (digits == 0) return false;
         if (text_[begin] == '0' && (digits > 1 || negative)) return false;
         if (negative) number = -number;
         return true;
