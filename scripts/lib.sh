@@ -56,7 +56,7 @@ build_preset() {
 }
 
 WINDOWS_PACKAGES="g++-mingw-w64-x86-64-posix googletest"
-WINE_PACKAGES="wine wine64 xvfb xauth"
+WINE_PACKAGES="fonts-open-sans wine wine64 xvfb xauth"
 
 # Has a command run when the script ends, the last one first.
 AT_EXIT=()
@@ -86,6 +86,8 @@ wine_environment() {
     export WINEPREFIX=${WINEPREFIX:-$ROOT/build/wine} WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES="mscoree,mshtml="
 }
 
+wine_setting() { timeout 60 wine reg add "$1" /v "$2" /t REG_SZ /d "$3" /f </dev/null >/dev/null 2>&1 || true; }
+
 # Makes that folder once, finds a display, and keeps Wine's server until the script ends, so that each program starts
 # quickly.
 prepare_wine() {
@@ -93,7 +95,11 @@ prepare_wine() {
     [ -z "${BURSARIA_WINE_READY:-}" ] || return 0
     export BURSARIA_WINE_READY=1
     mkdir -p "$(dirname "$WINEPREFIX")"
-    [ -n "${DISPLAY:-}" ] || start_display
+    local own_display=0
+    [ -n "${DISPLAY:-}" ] || {
+        start_display
+        own_display=1
+    }
     if [ ! -f "$WINEPREFIX/complete" ]; then
         say "preparing Wine"
         timeout 300 wineboot -i </dev/null >"$WINEPREFIX.log" 2>&1 || {
@@ -105,6 +111,9 @@ prepare_wine() {
     fi
     timeout 60 wineserver -p </dev/null >/dev/null 2>&1 || true
     at_exit "timeout 20 wineserver -k"
+    # A letter as wide as that of Windows; and where no window manager runs, Wine has to draw the frames itself.
+    wine_setting 'HKCU\Software\Wine\Fonts\Replacements' 'Segoe UI' 'Open Sans'
+    wine_setting 'HKCU\Software\Wine\X11 Driver' Managed "$([ "$own_display" -eq 1 ] && echo N || echo Y)"
 }
 
 # A path of this machine as a Windows program sees it.
