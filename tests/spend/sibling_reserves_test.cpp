@@ -44,23 +44,17 @@ TEST(SiblingReserves, EachFileHasItsOwnWayOfNamingACoin) {
         {"bazaar, capitals and colon", bazaar, reserves({{"utxo", UPPER + ":2"}}), true},
         {"bazaar, expired", bazaar, reserves({{"utxo", TXID + "_2"}, {"exp", 1}}), true},
         {"bazaar, other output", bazaar, reserves({{"utxo", TXID + "_20"}}), false},
-        {"bazaar, other key", bazaar, reserves({{"origin", TXID + "_2"}}), false},
-        {"bazaar, wrong type", bazaar, reserves({{"utxo", 5}}), false},
         {"bazaar, wrong root", bazaar, holds({{"utxo", TXID + "_2"}}), false},
-        {"bazaar, object for an array", bazaar, {{"reserves", {{"utxo", TXID + "_2"}}}}, false},
         {"atelier, picture", atelier, reserves({{"pic_utxo", UPPER + ":2"}}), true},
         {"atelier, certificate", atelier, reserves({{"cert_utxo", UPPER + "_2"}, {"exp", 0}}), true},
         {"atelier, not a coin", atelier, reserves({{"pic", TXID + "_2"}, {"cert", TXID + "_2"}}), false},
-        {"atelier, long expired", atelier, reserves({{"pic_utxo", TXID + "_2"}, {"exp", 1}}), false},
         {"atelier, just expired", atelier, reserves({{"pic_utxo", TXID + "_2"}, {"exp", now - 1}}), false},
         {"atelier, expires now", atelier, reserves({{"pic_utxo", TXID + "_2"}, {"exp", now}}), true},
-        {"atelier, negative expiry", atelier, reserves({{"pic_utxo", TXID + "_2"}, {"exp", -5}}), true},
         {"atelier, expiry of another type", atelier, reserves({{"pic_utxo", TXID + "_2"}, {"exp", "1"}}),
          true},
         {"swapfloor", swapfloor, holds({{"utxo", TXID + "_2"}}), true},
         {"swapfloor, capitals", swapfloor, holds({{"utxo", UPPER + "_2"}}), false},
         {"swapfloor, colon", swapfloor, holds({{"utxo", TXID + ":2"}}), false},
-        {"swapfloor, wrong root", swapfloor, reserves({{"utxo", TXID + "_2"}}), false},
         {"lock", locks, {{"utxos", {5, TXID + "_2"}}}, true},
         {"lock, capitals", locks, {{"utxos", {UPPER + "_2"}}}, true},
         {"lock, colon", locks, {{"utxos", {TXID + ":2"}}}, false},
@@ -80,9 +74,7 @@ TEST(SiblingReserves, EachFileHasItsOwnWayOfNamingACoin) {
 TEST(SiblingReserves, TheWalletIdIsMadeSafeInTwoWays) {
     const std::string long_id(70, 'x');
     struct Case {
-        std::string id;
-        std::string reserves;
-        std::string locks;
+        std::string id, reserves, locks;
     };
     const std::vector<Case> cases = {
         {"w1-a_B", "w1-a_B", "w1-a_B"},
