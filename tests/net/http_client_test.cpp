@@ -1,6 +1,7 @@
 #include "net/http_client.h"
 
 #include <curl/curl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/support/fake_clock.h"
@@ -127,7 +128,7 @@ TEST(HttpClient, FollowsAGetFiveTimesAndAPostNever) {
     world.server.on("GET", "/6", "there");
     world.server.on("POST", "/1", redirect("/6"));
     world.server.on("GET", "/ftp", redirect("ftp://127.0.0.1/x"));
-    world.server.on("GET", "/file", redirect("file:///C:/hostname"));
+    world.server.on("GET", "/file", redirect("file:///etc/hostname"));
     EXPECT_TRUE(qv_clasp_http_get(world.url("/1"), world.body, world.error, 10));
     EXPECT_EQ("there", world.body);
     EXPECT_FALSE(qv_clasp_http_get(world.url("/0"), world.body, world.error, 10));
@@ -137,7 +138,10 @@ TEST(HttpClient, FollowsAGetFiveTimesAndAPostNever) {
     EXPECT_EQ("HTTP 302 – moved", world.error);
     for (const char* path : {"/ftp", "/file"}) {
         EXPECT_FALSE(qv_clasp_http_get(world.url(path), world.body, world.error, 10)) << path;
-        EXPECT_EQ(curl_easy_strerror(CURLE_UNSUPPORTED_PROTOCOL), world.error) << path;
+        // On Windows curl does not take the form of such an address in the first place.
+        EXPECT_THAT(world.error, testing::AnyOf(curl_easy_strerror(CURLE_UNSUPPORTED_PROTOCOL),
+                                                curl_easy_strerror(CURLE_URL_MALFORMAT)))
+            << path;
         EXPECT_FALSE(qv_clasp_http_get_plain(world.url(path), world.body, world.error)) << path;
     }
 }

@@ -147,9 +147,9 @@ TEST_F(PayoutLedger, TheFileIsTheWholeDocumentAfterEachAppendWhateverHappensInBe
          }},
         {"no ledger, but of the same length and within one tick of the clock",
          [&] {
-             const auto time = std::filesystem::last_write_time(path);
+             const auto time = std::filesystem::last_write_time(utf8_path(path));
              write_ledger(std::string(ledger().size(), ' '));
-             std::filesystem::last_write_time(path, time);
+             std::filesystem::last_write_time(utf8_path(path), time);
          }},
         {"a cut file", [&] { write_ledger(ledger().substr(0, ledger().size() - 1)); }},
     };
