@@ -92,8 +92,9 @@ wine_setting() { timeout 60 wine reg add "$1" /v "$2" /t REG_SZ /d "$3" /f </dev
 # quickly.
 prepare_wine() {
     wine_environment
-    [ -z "${BURSARIA_WINE_READY:-}" ] || return 0
-    export BURSARIA_WINE_READY=1
+    # A script that another has started finds that folder ready.
+    [ "${BURSARIA_WINE_READY:-}" != "$WINEPREFIX" ] || return 0
+    export BURSARIA_WINE_READY=$WINEPREFIX
     mkdir -p "$(dirname "$WINEPREFIX")"
     local own_display=0
     [ -n "${DISPLAY:-}" ] || {
