@@ -63,25 +63,28 @@ bool says_known(std::string_view error) {
            contains(error, "already have");
 }
 
-std::string submit_to_arc_and_confirm(const BroadcastContext& context, std::string& arc_error) {
+std::string submit_to_arc_and_confirm(const BroadcastContext& context, std::string& arc_error,
+                                      bool& accepted) {
     if (!qv_clasp_arc_submit(context.raw_hex, context.txid, arc_error)) return "";
+    accepted = true;
     return qv_clasp_confirm_and_record(context, context.txid);
 }
 
-std::string broadcast_to_chain_service(const BroadcastContext& context) {
+std::string broadcast_to_chain_service(const BroadcastContext& context, bool& accepted) {
     std::string answer;
     std::string woc_error;
     std::string arc_error;
     const bool taken =
         qv_clasp_http_post_json(settings().woc_base + "/tx/raw", transaction_body("txhex", context.raw_hex),
                                 answer, woc_error, BROADCAST_TIMEOUT_S, BROADCAST_TRIES);
+    accepted = taken;
     std::string result;
     if (taken) {
         result = qv_clasp_confirm_and_record(context, answered_txid(answer, context.txid));
     } else if (says_known(woc_error)) {
         result = qv_clasp_confirm_and_record(context, context.txid);
     }
-    if (result.empty()) result = submit_to_arc_and_confirm(context, arc_error);
+    if (result.empty()) result = submit_to_arc_and_confirm(context, arc_error, accepted);
     if (!result.empty()) return result;
     if (!arc_error.empty()) return "error: broadcast failed: " + arc_error;
     if (!taken) return "error: broadcast failed: " + woc_error;
@@ -158,7 +161,7 @@ std::string qv_clasp_confirm_and_record(const BroadcastContext& context, const s
 
 std::string qv_clasp_broadcast(const std::vector<QvClaspCoin>& coins,
                                const std::vector<QvClaspTxOutput>& outputs, const Hash160& change_hash160,
-                               std::string& txid_out) {
+                               std::string& txid_out, bool* accepted_out) {
     const Bytes raw = qv_clasp_serialize_tx(coins, outputs, false);
     if (raw.empty()) return "error: serialize failed.";
     txid_out = qv_clasp_txid(raw);
@@ -168,5 +171,8 @@ std::string qv_clasp_broadcast(const std::vector<QvClaspCoin>& coins,
         const std::string result = qv_clasp_confirm_and_record(context, txid_out);
         if (!result.empty()) return result;
     }
-    return broadcast_to_chain_service(context);
+    bool accepted = false;
+    std::string result = broadcast_to_chain_service(context, accepted);
+    if (accepted_out != nullptr) *accepted_out = accepted;
+    return result;
 }

@@ -9,10 +9,11 @@
 #include "spend/transaction.h"
 
 // "success: " and the txid, or a text that begins with "error: ". `txid_out` has the computed txid before
-// anything is sent.
+// anything is sent. `accepted_out` is true if the chain service or the third target said that it took the
+// transaction: after an error it may be out all the same.
 std::string qv_clasp_broadcast(const std::vector<QvClaspCoin>& coins,
                                const std::vector<QvClaspTxOutput>& outputs, const Hash160& change_hash160,
-                               std::string& txid_out);
+                               std::string& txid_out, bool* accepted_out = nullptr);
 
 struct BroadcastContext {
     const std::vector<QvClaspCoin>& coins;

@@ -121,11 +121,12 @@ Outcome after_failed_build(SendRun& run, int attempt, const std::string& build_e
 // What a failed broadcast means. The chain is asked first: a conflict with this very transaction reads like
 // one with another.
 Outcome after_failed_broadcast(SendRun& run, const std::vector<QvClaspCoin>& chosen,
-                               const std::string& result) {
+                               const std::string& result, bool accepted = false) {
     bool answered = false;
     if (Outcome known = settle_if_known(run, answered)) return known;
-    // Without an answer nobody knows, and other coins might pay a second time.
-    if (!answered) return result;
+    // Without an answer nobody knows, and what a service took may still show: other coins might pay a second
+    // time.
+    if (!answered || accepted) return result;
     run.failure = result;
     if (is_conflict_text(result)) {
         write_off_coins(chosen);
@@ -149,13 +150,14 @@ Outcome sign_and_broadcast(SendRun& run, std::vector<QvClaspCoin> coins, std::ve
         return after_failed_broadcast(run, coins, "error: signing failed.");
     }
     std::string txid;
-    std::string result = qv_clasp_broadcast(coins, outputs, run.change_hash160, txid);
+    bool accepted = false;
+    std::string result = qv_clasp_broadcast(coins, outputs, run.change_hash160, txid, &accepted);
     if (is_success(result)) {
         note_spend(run.sats, fee);
         return result;
     }
     if (!txid.empty()) run.tried.push_back({std::move(txid), coins, std::move(outputs), fee});
-    return after_failed_broadcast(run, coins, result);
+    return after_failed_broadcast(run, coins, result, accepted);
 }
 
 Outcome attempt_send(SendRun& run, int attempt) {

@@ -272,6 +272,22 @@ TEST(Send, WhatTheNetworkMayHoldIsNotReplacedByASecondPayment) {
     }
 }
 
+// ARC took it, the chain service is behind with everything that it shows: a conflict text is no reason to pay
+// the same person with other coins.
+TEST(Send, WhatAServiceTookIsNotReplacedByASecondPayment) {
+    PlayNetwork net;
+    const std::string money = net.fund(own(), {90'000, 80'000});
+    net.freeze_lists(own());
+    net.home_does({SILENT});
+    net.woc_does({CONFLICT});
+    net.misses = -1;
+    const std::string result = qv_clasp_send(STRANGER, 1000, "");
+    EXPECT_TRUE(result.ends_with(CONFLICT.answer.body)) << result;
+    EXPECT_EQ(net.owned(STRANGER), 1000) << result;
+    EXPECT_EQ(net.posts("/woc/tx/raw"), 1U) << result;
+    EXPECT_FALSE(spent(money, 0)) << result;
+}
+
 TEST(Send, SaysWhatIsMissingAfterThreeLooks) {
     PlayNetwork net;
     net.fund(own(), {700, 300});
