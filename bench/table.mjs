@@ -75,7 +75,7 @@ below('ledger: each later append', cpu('next_append/100000'), 50, tenfold('next_
 group('besides its requests');
 const run = 'pay_run/10000';
 below('preview, 10,000 rows, 1,000 coins', besides('whole_preview/10000'), 1000,
-    besides('whole_preview/10000') / besides('whole_preview/1000'), '800 OpenSSL mult.',
+    besides('whole_preview/10000') / besides('whole_preview/1000'), 'OpenSSL, 800',
     2 * cpu('bare_openssl_multiplications/400'));
 for (const [kind, text] of [['without_names', 'no names'], ['with_names', 'names']])
     below(`snapshot, 10,000 holders, ${text}`, besides(`snapshot/${kind}/10000`), 500,
@@ -85,7 +85,7 @@ line('last of 10,000 sends', of(run, 'last_ms'), 'the first', of(run, 'first_ms'
     of(run, 'last_ms') < 2 * of(run, 'first_ms'));
 line('sweep, 2,000 ordinals, caches warm', besides('sweep/2000'), '', NaN, tenfold('sweep', 2000, besides));
 
-group('the same with its requests, real time');
+group('with its requests, real time');
 function whole(what, name, floorName, floor, growth) {
     const requests = of(name, 'requests');
     line(`${what}, ${Number.isNaN(requests) ? '-' : requests.toLocaleString('en')} requests`, wall(name), floorName,
@@ -94,7 +94,7 @@ function whole(what, name, floorName, floor, growth) {
 whole('preview', 'whole_preview/10000', 'bare requests', wall('bare_get'));
 whole('snapshot', 'snapshot/without_names/10000', 'bare requests', wall('bare_get'),
     tenfold('snapshot/without_names', 10000, wall));
-whole('snapshot', 'snapshot/with_names/10000', 'bare TLS requests', wall('bare_tls_get'),
+whole('snapshot', 'snapshot/with_names/10000', 'TLS requests', wall('bare_tls_get'),
     tenfold('snapshot/with_names', 10000, wall));
 whole('pay run', run, 'bare, half TLS', (wall('bare_get') + wall('bare_tls_get')) / 2, tenfold('pay_run', 10000, wall));
 line('  memory after it', of(run, 'resident_mb'), 'after 100 sends', of(run, 'resident_mb') - of(run, 'grown_mb'), NaN,
@@ -107,9 +107,9 @@ line('400 receive addresses', keys, 'OpenSSL', cpu('bare_openssl_multiplications
     '1.2x', keys < 1.2 * cpu('bare_openssl_multiplications/400'));
 line('', keys, 'libsecp256k1', cpu('bare_secp256k1_multiplications/400'));
 line('', keys, '@bsv/sdk', cpu('peer_addresses_derived/400'));
-line('first look-up of a key, recv 1,000', cpu('first_key_look_up/1000'), '6,006 OpenSSL m.',
+line('first look-up of a key, recv 1,000', cpu('first_key_look_up/1000'), 'OpenSSL, 6,006',
     cpu('bare_openssl_multiplications/6006'), tenfold('first_key_look_up', 1000));
-line('each later look-up', cpu('later_key_look_up/1000'), '', NaN, tenfold('later_key_look_up', 1000), 'constant',
+line('each later look-up', cpu('later_key_look_up/1000'), '', NaN, tenfold('later_key_look_up', 1000), 'flat',
     tenfold('later_key_look_up', 1000) < 2);
 for (const n of [1, 10, 100, 1000, 5000]) {
     const own = cpu(`built_and_signed/${n}`);
@@ -121,7 +121,7 @@ for (const n of [1, 10, 100, 1000, 5000]) {
     if (n === 1000) line('', own, 'libsecp256k1', cpu('bare_secp256k1_signatures/1000'));
 }
 
-group('the window program, on Wine, real time');
+group('window program on Wine, real time');
 const [shell, bare] = ['window_start', 'bare_window_start'];
 line('start to the painted window', wall(shell), 'bare window', wall(bare));
 line('memory at rest', of(shell, 'resident_mb'), 'bare window', of(bare, 'resident_mb'), NaN, '', undefined, megabytes);
