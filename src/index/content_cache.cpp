@@ -1,5 +1,6 @@
 #include "index/content_cache.h"
 
+#include <fstream>
 #include <system_error>
 
 #include "base/json_file.h"
@@ -35,26 +36,49 @@ bool read_body(const std::string& path, std::string& body) {
     return read_text_file(path, body) && !body.empty() && body.size() <= MOST_BODY_BYTES;
 }
 
-// A walk meets the same output again and again: what stands there already is not written anew.
-void write_if_different(const std::string& path, std::string_view content) {
+// Without looking first what stands there.
+bool write_anew(const std::string& path, std::string_view content) {
+    std::ofstream file(utf8_path(path), std::ios::binary | std::ios::trunc);
+    file.write(content.data(), static_cast<std::streamsize>(content.size()));
+    file.close();
+    return !file.fail();
+}
+
+void write_new(const std::string& path, std::string_view content) {
+    if (write_anew(path, content)) return;
+    make_folder(cache_folder());
+    write_anew(path, content);
+}
+
+// A walk meets the same output again and again: what stands there already is not written anew. False if
+// nothing stood there.
+bool write_if_different(const std::string& path, std::string_view content) {
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(utf8_path(path), error);
+    if (error) {
+        write_new(path, content);
+        return false;
+    }
     std::string present;
-    if (!error && size == content.size() && read_text_file(path, present) && present == content) return;
-    if (write_text_file(path, content)) return;
-    make_folder(cache_folder());
-    write_text_file(path, content);
+    const bool same = size == content.size() && read_text_file(path, present) && present == content;
+    if (!same) write_text_file(path, content);
+    return true;
 }
 
 }  // namespace
 
 void qv_clasp_cache_put(const std::string& origin, const std::string& type, const Bytes& bytes) {
     if (!may_name_a_file(origin) || bytes.empty() || bytes.size() > MOST_BODY_BYTES) return;
-    const std::string folder = cache_folder();
+    const std::string stem = cache_folder() + "/" + origin;
     const std::string line = first_line(type);
     const std::lock_guard hold(cache_mutex);
-    write_if_different(folder + "/" + origin + ".bin", body_text(bytes));
-    if (!line.empty()) write_if_different(folder + "/" + origin + ".typ", line);
+    const bool body_stood = write_if_different(stem + ".bin", body_text(bytes));
+    if (line.empty()) return;
+    // The body is written first: where there was none, no type is looked for either.
+    if (body_stood)
+        write_if_different(stem + ".typ", line);
+    else
+        write_new(stem + ".typ", line);
 }
 
 bool qv_clasp_cache_get(const std::string& origin, std::string& type_out, Bytes& bytes_out) {
