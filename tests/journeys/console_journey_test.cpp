@@ -45,10 +45,10 @@ TEST_F(ConsoleJourney, EveryAnswerHasItsKeys) {
     clock = std::make_unique<FakeClock>();
 
     EXPECT_EQ(ask({"status", "--json"}), CONSOLE_SUCCESS);
+    EXPECT_EQ(answer["balance_sats"], wallet_sats());
     EXPECT_EQ(ask({"update", "--json"}), CONSOLE_SUCCESS) << err;
     EXPECT_EQ(answer["version"], "0.002");
     EXPECT_EQ(keys_of(answer), (Keys{"version", "latest", "available"}));
-    EXPECT_EQ(answer["balance_sats"], wallet_sats());
     EXPECT_EQ(ask({"tokens", "--json"}), CONSOLE_SUCCESS) << err;
     ASSERT_EQ(answer["tokens"].size(), 1U);
     EXPECT_EQ(keys_of(answer["tokens"][0]), (Keys{"token_id", "name", "lots", "minted"}));
