@@ -51,6 +51,7 @@ class FaultCell : public Journey {
                           const std::vector<Sent>& sends, std::int64_t before);
     void judge_send(const Sent& sent);
     void judge_inputs(const sandbox::Transaction& tx);
+    void expect_false_refusals_undone();
     void expect_recovery();
 
     const Target& target_;
