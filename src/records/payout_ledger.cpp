@@ -63,12 +63,10 @@ std::int64_t paid_total(const std::string& token_id) {
 }
 
 std::int64_t fees_total() {
-    return fees_of(*current_entries());
-}
-
-std::int64_t fees_of(const std::vector<PayoutEntry>& entries) {
+    // Held, since another thread may read a newer ledger meanwhile.
+    const std::shared_ptr<const Entries> entries = current_entries();
     std::int64_t total = 0;
-    for (const PayoutEntry& entry : entries) {
+    for (const PayoutEntry& entry : *entries) {
         if (entry.kind == APP_FEE_KIND) add_sats(total, entry.sats);
     }
     return total;

@@ -38,9 +38,8 @@ std::vector<PayoutEntry> read_payout_entries();
 
 // Satoshis paid on a token, app fees left out. Sums stay at the largest amount instead of overflowing.
 std::int64_t paid_total(const std::string& token_id);
-// Satoshis of app fees, over all tokens; fees_of counts in entries that have been read.
+// Satoshis of app fees, over all tokens.
 std::int64_t fees_total();
-std::int64_t fees_of(const std::vector<PayoutEntry>& entries);
 // Satoshis that an address got on a token, app fees left out; 0 without a token or an address.
 std::int64_t received_by(const std::string& token_id, const std::string& dest);
 

@@ -5,6 +5,7 @@
 #include "base/amounts.h"
 #include "base/clock.h"
 #include "core/round_status.h"
+#include "records/payout_ledger.h"
 #include "shell/child_controls.h"
 #include "shell/history_chart.h"
 #include "shell/history_export.h"
@@ -46,7 +47,6 @@ constexpr int BRIGHT_LABELS[] = {HISTORY_PAYOUTS, HISTORY_FEES};
 
 struct HistoryRecord : WindowRecord {
     std::vector<PayoutRow> all_rows;
-    std::int64_t fees_sats = 0;
     std::vector<TokenChoice> tokens;
     HistoryView view;
     PayoutChart chart;
@@ -107,7 +107,6 @@ void HistoryRecord::on_create() {
 
 void HistoryRecord::load() {
     all_rows = load_payouts(token_names(shell.round.state));
-    fees_sats = fees_of(all_rows);
     fill_token_filter();
     refresh();
 }
@@ -138,7 +137,7 @@ void HistoryRecord::refresh() {
     chart.axis_labels = view.axis_labels;
     show_list_rows(control(HISTORY_LIST), view.rows.size());
     set_window_text(control(HISTORY_PAYOUTS), payouts_line(view));
-    set_window_text(control(HISTORY_FEES), fees_line(fees_sats));
+    set_window_text(control(HISTORY_FEES), fees_line(fees_total()));
     InvalidateRect(control(HISTORY_CHART), nullptr, FALSE);
 }
 
