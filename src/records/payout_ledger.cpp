@@ -23,6 +23,7 @@ struct LastRead {
     std::shared_ptr<const Entries> entries = std::make_shared<Entries>();
 };
 
+// To be held for as long as its rows are looked at: another thread may read a newer ledger meanwhile.
 std::shared_ptr<const Entries> current_entries() {
     static auto& last = *new LastRead;
     std::string text;
@@ -63,7 +64,6 @@ std::int64_t paid_total(const std::string& token_id) {
 }
 
 std::int64_t fees_total() {
-    // Held, since another thread may read a newer ledger meanwhile.
     const std::shared_ptr<const Entries> entries = current_entries();
     std::int64_t total = 0;
     for (const PayoutEntry& entry : *entries) {
@@ -83,8 +83,9 @@ std::int64_t TokenPayouts::received(const std::string& dest) const {
 }
 
 TokenPayouts read_token_payouts(const std::string& token_id) {
+    const std::shared_ptr<const Entries> entries = current_entries();
     TokenPayouts payouts;
-    for (const PayoutEntry& entry : *current_entries()) {
+    for (const PayoutEntry& entry : *entries) {
         if (!is_payout_on(entry, token_id)) continue;
         add_sats(payouts.paid_total, entry.sats);
         if (!token_id.empty() && !entry.dest.empty())

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <functional>
+#include <thread>
 
 #include "records/record_files.h"
 #include "tests/support/fake_clock.h"
@@ -108,6 +111,26 @@ TEST_F(PayoutLedger, SumsBeyondTheLargestAmountStayThere) {
     append_payout("tok_1", "", -most, "1a", "a", "", "app_fee");
     append_payout("tok_1", "", -5, "1a", "a", "", "app_fee");
     EXPECT_LT(fees_total(), -most);
+}
+
+TEST_F(PayoutLedger, IsReadBySeveralThreadsWhileOneAppends) {
+    append_payout("tok_0", "", 1, "1a", "a", "", "payout");
+    std::atomic<bool> ended{false};
+    const auto read = [&] {
+        std::int64_t last = 0;
+        while (!ended.load()) {
+            const std::int64_t now = paid_total("tok_0");
+            // A file that is being written may read as empty until the next look.
+            EXPECT_TRUE(now == 0 || now >= last) << now << " after " << last;
+            last = std::max(now, last);
+        }
+    };
+    std::vector<std::thread> readers;
+    for (int i = 0; i < 2; ++i) readers.emplace_back(read);
+    for (int i = 0; i < 200; ++i) append_payout("tok_0", "", 1, "1a", "a", "", "payout");
+    ended = true;
+    for (std::thread& reader : readers) reader.join();
+    EXPECT_EQ(paid_total("tok_0"), 201);
 }
 
 TEST_F(PayoutLedger, ANameCutInsideACharacterLosesNothingElse) {
