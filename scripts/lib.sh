@@ -41,12 +41,13 @@ install_packages() {
     rm -f "$log"
 }
 
-# Configures and builds a preset; further arguments are targets.
+# Configures and builds a preset with the sandbox's settings, whatever that folder was configured with before; further
+# arguments are targets.
 build_preset() {
     local preset=$1
     shift
     say "building ($preset)"
-    cmake --preset "$preset" >"build-$preset.log" 2>&1 || {
+    cmake --preset "$preset" -DBURSARIA_SETTINGS=settings/sandbox.json >"build-$preset.log" 2>&1 || {
         cat "build-$preset.log" >&2
         rm -f "build-$preset.log"
         stop "Configuring the preset $preset failed."
