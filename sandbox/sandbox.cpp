@@ -72,8 +72,9 @@ struct Sandbox::Body {
 
     // One request of a service, with the latency and the failures that were ordered.
     ServiceReply serve(const std::string& service, Answer answer, ServiceRequest request) {
-        const SeenRequest seen{service, request.method, request.target};
+        SeenRequest seen{service, request.method, request.target, ""};
         context.requests.add(seen);
+        seen.body = request.body;
         if (closes(seen, false)) return hung_up();
         ServiceReply reply = serve_with_faults(service, answer, request);
         if (closes(seen, true)) reply.hang_up = true;

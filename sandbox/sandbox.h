@@ -39,6 +39,7 @@ struct SeenRequest {
     std::string service;  // "woc", "ordinals", "arc", "home", "resolver", "update", "foreign"
     std::string method;
     std::string path;  // with the query, as it was sent
+    std::string body;  // for the watch alone: the list of requests is kept without, so that it stays small
 };
 
 // Looks at each request twice, before the work (`acted` is false) and after it, on the service's own threads.

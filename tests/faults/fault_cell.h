@@ -2,6 +2,7 @@
 // each of them. The chain is the judge.
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <string>
 #include <vector>
@@ -25,6 +26,8 @@ class FaultCell : public Journey {
     void check_for_update(std::uint64_t seed);
 
  private:
+    using Clock = std::chrono::steady_clock;
+
     struct Sent {
         std::string dest;
         std::int64_t sats = 0;
@@ -51,6 +54,7 @@ class FaultCell : public Journey {
                           const std::vector<Sent>& sends, std::int64_t before);
     void judge_send(const Sent& sent);
     void judge_inputs(const sandbox::Transaction& tx);
+    void expect_bounded(Clock::time_point start);
     void expect_false_refusals_undone();
     void expect_recovery();
 

@@ -28,8 +28,9 @@ struct Target {
     unsigned asked_by;    // the actions that ask it
     bool whole = false;   // all of a service, which can have no port or a wrong certificate
     bool broadcasts = false;
-    bool looks_up = false;      // tells whether a transaction is there
-    bool is_unchecked = false;  // its certificate is not looked at, on purpose
+    bool looks_up = false;        // tells whether a transaction is there
+    bool times_out_soon = false;  // so that the long form waits for it in full
+    bool is_unchecked = false;    // its certificate is not looked at, on purpose
     const char* only_after =
         "";  // what must fail before it is asked: "submit", "broadcast", "alias", "transactions"
 };
