@@ -77,6 +77,7 @@ FunctionEnd
     Delete "$INSTDIR\bursaria-console.exe"
     Delete "$INSTDIR\README.txt"
     Delete "$INSTDIR\guide.md"
+    Delete "$INSTDIR\files.md"
     Delete "$INSTDIR\licences\*.txt"
     RMDir "$INSTDIR\licences"
 !macroend
