@@ -32,8 +32,9 @@ void put_file(const std::string& path, std::string_view content);
 void clean_root();
 // The session is loaded from "w1", and what it knows of coins is forgotten.
 void load_fuzz_wallet();
-// The clock moves on, so that nothing that was read counts as fresh.
-void let_time_pass();
+// For a target whose inputs leave files behind: files, session and coins are as on the first input, and the
+// clock moves on, so that nothing that was read counts as fresh. The keys that are known stay known.
+void start_afresh();
 
 inline constexpr const char* FUZZ_WALLET = "w1";
 inline constexpr const char* FUZZ_WORDS =

@@ -44,10 +44,7 @@ void pay(const std::string& dest) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static int inputs = 0;
-    if (++inputs % 200 == 0) clean_root();
-    load_fuzz_wallet();
-    let_time_pass();
+    start_afresh();
     script_services({reinterpret_cast<const char*>(data), size});
     std::string address;
     {

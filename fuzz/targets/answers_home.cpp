@@ -29,10 +29,7 @@ void resolve() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static int inputs = 0;
-    if (++inputs % 50 == 0) clean_root();
-    load_fuzz_wallet();
-    let_time_pass();
+    start_afresh();
     script_services({reinterpret_cast<const char*>(data), size});
     resolve();
     std::uint32_t highest = 0;

@@ -4,19 +4,11 @@
 #include "index/holder_snapshot.h"
 #include "index/ordinal_listing.h"
 #include "index/token_list.h"
-#include "wallet/wallet_session.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static int inputs = 0;
-    if (++inputs % 200 == 0) clean_root();
-    load_fuzz_wallet();
-    let_time_pass();
+    start_afresh();
     qv_clasp_clear_spend_cache();
     script_services({reinterpret_cast<const char*>(data), size});
-    {
-        const WalletLock lock = qv_clasp_lock_wallet();
-        qv_clasp_session().ord_owned.clear();
-    }
     std::vector<QvClaspOrdRow> rows;
     const std::string swept = qv_clasp_list_ordinals(rows);
     promise(swept.empty() || swept.starts_with("error: "), "a sweep ends in one of two ways");
