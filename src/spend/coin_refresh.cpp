@@ -1,6 +1,4 @@
-#include <system_error>
-#include <thread>
-
+#include "base/parallel_for.h"
 #include "spend/chain_readers.h"
 #include "spend/coin_guard.h"
 #include "spend/ordinal_reader.h"
@@ -8,7 +6,7 @@
 
 namespace {
 
-// One job, on a thread of its own: it touches its own row only.
+// One job: it touches its own row only.
 void read_address(QvClaspAddressRead& read, bool with_ordinals) {
     std::string error;
     read.read_ok = qv_clasp_fetch_utxos(read.address, read.coins, error, read.any_ok);
@@ -52,18 +50,9 @@ struct IndexCoins {
 
 void qv_clasp_read_addresses(std::vector<QvClaspAddressRead>& reads, bool with_ordinals,
                              std::uint64_t generation) {
-    std::vector<std::thread> threads;
-    threads.reserve(reads.size());
-    for (QvClaspAddressRead& read : reads) {
-        if (qv_clasp_generation() != generation) break;
-        try {
-            threads.emplace_back(read_address, std::ref(read), with_ordinals);
-        } catch (const std::system_error&) {
-            // The system has no thread to spare; the read is as good on this one.
-            read_address(read, with_ordinals);
-        }
-    }
-    for (std::thread& thread : threads) thread.join();
+    parallel_for(reads.size(), reads.size(), [&](std::size_t i) {
+        if (qv_clasp_generation() == generation) read_address(reads[i], with_ordinals);
+    });
 }
 
 void qv_clasp_commit_reads(std::vector<QvClaspAddressRead>& reads) {
