@@ -1,15 +1,18 @@
 #include "index/content_cache.h"
 
-#include <fstream>
+#include <filesystem>
 #include <system_error>
 
 #include "base/json_file.h"
 #include "base/ranked_mutex.h"
 #include "index/inscription.h"
+#include "platform/new_file.h"
+#include "platform/user_data.h"
 #include "wallet/data_root.h"
 
 namespace {
 
+constexpr const char* CACHE_FOLDER = "/ord_cache";
 constexpr std::uintmax_t MOST_BODY_BYTES = 10'485'760;
 
 // The sweep's pools read and write here at once.
@@ -21,8 +24,9 @@ bool may_name_a_file(const std::string& origin) {
     return parse_outpoint(origin, txid, vout);
 }
 
-std::string cache_folder() {
-    return qv_data_root() + "/ord_cache";
+// A walk over ten thousand outputs asks ten thousand times: the data root is made only when a write fails.
+std::string stem_of(const std::string& origin) {
+    return family_data_folder() + CACHE_FOLDER + "/" + origin;
 }
 
 std::string first_line(const std::string& text) {
@@ -36,56 +40,37 @@ bool read_body(const std::string& path, std::string& body) {
     return read_text_file(path, body) && !body.empty() && body.size() <= MOST_BODY_BYTES;
 }
 
-// Without looking first what stands there.
-bool write_anew(const std::string& path, std::string_view content) {
-    std::ofstream file(utf8_path(path), std::ios::binary | std::ios::trunc);
-    file.write(content.data(), static_cast<std::streamsize>(content.size()));
-    file.close();
-    return !file.fail();
-}
-
-void write_new(const std::string& path, std::string_view content) {
-    if (write_anew(path, content)) return;
-    make_folder(cache_folder());
-    write_anew(path, content);
-}
-
-// A walk meets the same output again and again: what stands there already is not written anew. False if
-// nothing stood there.
-bool write_if_different(const std::string& path, std::string_view content) {
+// A walk meets the same output again and again: what stands there already is not written anew.
+void write_if_different(const std::string& path, std::string_view content) {
+    NewFile made = make_new_file(path, content);
+    if (made == NewFile::Failed) {
+        make_folder(qv_data_root() + CACHE_FOLDER);
+        made = make_new_file(path, content);
+    }
+    if (made != NewFile::StoodThere) return;
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(utf8_path(path), error);
-    if (error) {
-        write_new(path, content);
-        return false;
-    }
     std::string present;
-    const bool same = size == content.size() && read_text_file(path, present) && present == content;
+    const bool same = !error && size == content.size() && read_text_file(path, present) && present == content;
     if (!same) write_text_file(path, content);
-    return true;
 }
 
 }  // namespace
 
 void qv_clasp_cache_put(const std::string& origin, const std::string& type, const Bytes& bytes) {
     if (!may_name_a_file(origin) || bytes.empty() || bytes.size() > MOST_BODY_BYTES) return;
-    const std::string stem = cache_folder() + "/" + origin;
+    const std::string stem = stem_of(origin);
     const std::string line = first_line(type);
     const std::lock_guard hold(cache_mutex);
-    const bool body_stood = write_if_different(stem + ".bin", body_text(bytes));
-    if (line.empty()) return;
-    // The body is written first: where there was none, no type is looked for either.
-    if (body_stood)
-        write_if_different(stem + ".typ", line);
-    else
-        write_new(stem + ".typ", line);
+    write_if_different(stem + ".bin", body_text(bytes));
+    if (!line.empty()) write_if_different(stem + ".typ", line);
 }
 
 bool qv_clasp_cache_get(const std::string& origin, std::string& type_out, Bytes& bytes_out) {
     type_out.clear();
     bytes_out.clear();
     if (!may_name_a_file(origin)) return false;
-    const std::string stem = cache_folder() + "/" + origin;
+    const std::string stem = stem_of(origin);
     std::string body;
     std::string type;
     {
@@ -101,14 +86,14 @@ bool qv_clasp_cache_get(const std::string& origin, std::string& type_out, Bytes&
 void qv_clasp_name_put(const std::string& origin, const std::string& name) {
     const std::string line = clean_name(first_line(name));
     if (!may_name_a_file(origin) || line.empty()) return;
-    const std::string folder = cache_folder();
+    const std::string path = stem_of(origin) + ".nam";
     const std::lock_guard hold(cache_mutex);
-    write_if_different(folder + "/" + origin + ".nam", line);
+    write_if_different(path, line);
 }
 
 std::string qv_clasp_name_get(const std::string& origin) {
     if (!may_name_a_file(origin)) return "";
-    const std::string path = cache_folder() + "/" + origin + ".nam";
+    const std::string path = stem_of(origin) + ".nam";
     std::string name;
     const std::lock_guard hold(cache_mutex);
     read_text_file(path, name);

@@ -54,6 +54,8 @@ void ask_remote(const std::string& owner, Identity& identity) {
 // The answers of one snapshot, failures included, so that each owner is asked once.
 class Directory {
  public:
+    explicit Directory(std::size_t owners) { answers_.reserve(owners); }
+
     const Identity& of(const std::string& owner) {
         const auto [slot, fresh] = answers_.try_emplace(owner);
         Identity& identity = slot->second;
@@ -84,8 +86,9 @@ void add_to_entry(HolderEntry& entry, const HolderTxo& row, const Identity& iden
 
 bool aggregate_holders(const std::vector<HolderTxo>& rows, const SnapshotWallet& wallet,
                        std::vector<HolderEntry>& entries_out) {
-    Directory directory;
+    Directory directory(rows.size());
     std::unordered_map<std::string, std::size_t> place_of_key;
+    place_of_key.reserve(rows.size());
     for (const HolderTxo& row : rows) {
         if (row.lots.empty() || row.lots == "0") continue;
         if (generation_moved(wallet.generation)) return false;

@@ -38,16 +38,36 @@ std::size_t divide_by_58(Payload& number) {
     return remainder;
 }
 
-// number * 58 + digit, big-endian; false if it does not fit.
-bool multiply_by_58(Payload& number, std::size_t digit) {
-    auto carry = static_cast<std::uint32_t>(digit);
-    for (auto byte = number.rbegin(); byte != number.rend(); ++byte) {
-        const std::uint32_t value = *byte * 58U + carry;
-        *byte = static_cast<std::uint8_t>(value & 0xFF);
-        carry = value >> 8;
+// The payload as a number, its lowest 32 bits first; the highest 8 have the last place to themselves.
+using Number = std::array<std::uint32_t, PAYLOAD_SIZE / 4 + 1>;
+
+// number * 58 + digit; false if it does not fit into a payload.
+bool multiply_by_58(Number& number, std::uint32_t digit) {
+    std::uint64_t carry = digit;
+    for (std::uint32_t& part : number) {
+        const std::uint64_t value = std::uint64_t{part} * 58 + carry;
+        part = static_cast<std::uint32_t>(value);
+        carry = value >> 32;
     }
-    return carry == 0;
+    return number.back() <= 0xFF;
 }
+
+Payload payload_of(const Number& number) {
+    Payload payload{};
+    for (std::size_t i = 0; i < PAYLOAD_SIZE; ++i)
+        payload[PAYLOAD_SIZE - 1 - i] = static_cast<std::uint8_t>(number[i / 4] >> (8 * (i % 4)));
+    return payload;
+}
+
+// The value of each character; 58 for one that is no digit.
+constexpr std::array<std::uint8_t, 256> digit_values() {
+    std::array<std::uint8_t, 256> values{};
+    values.fill(58);
+    for (std::size_t digit = 0; digit < ALPHABET.size(); ++digit)
+        values[static_cast<std::uint8_t>(ALPHABET[digit])] = static_cast<std::uint8_t>(digit);
+    return values;
+}
+constexpr std::array<std::uint8_t, 256> DIGIT_VALUES = digit_values();
 
 bool is_zero(const Payload& number) {
     return std::all_of(number.begin(), number.end(), [](std::uint8_t byte) { return byte == 0; });
@@ -77,11 +97,12 @@ std::string qv_clasp_address_from_hash160(const Hash160& hash160) {
 
 bool qv_clasp_address_to_hash160(std::string_view address, Hash160& hash160_out) {
     if (address.size() < 26 || address.size() > 35) return false;
-    Payload payload{};
+    Number number{};
     for (const char c : address) {
-        const std::size_t digit = ALPHABET.find(c);
-        if (digit == std::string_view::npos || !multiply_by_58(payload, digit)) return false;
+        const std::uint8_t digit = DIGIT_VALUES[static_cast<std::uint8_t>(c)];
+        if (digit == 58 || !multiply_by_58(number, digit)) return false;
     }
+    const Payload payload = payload_of(number);
     // A number that is shorter than its place must be filled up by exactly as many leading "1".
     if (leading_count(address, ALPHABET[0]) != leading_count(payload, std::uint8_t{0})) return false;
     if (payload[0] != MAIN_NET_VERSION) return false;

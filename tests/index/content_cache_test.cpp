@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "index/inscription.h"
 #include "index/inscription_fetch.h"
 #include "tests/index/token_world.h"
@@ -66,6 +68,34 @@ TEST(ContentCache, OnlyAnOutpointNamesAFile) {
     }
     EXPECT_FALSE(home.exists("/ord_cache")) << "nothing was written";
     EXPECT_EQ(home.read("/wallets.bin"), "secret");
+}
+
+TEST(ContentCache, WhatStandsThereIsWrittenAnewOnlyWhereItDiffers) {
+    const TestHome home;
+    const std::string stem = "/ord_cache/" + out(1);
+    struct Put {
+        const char *body, *type;
+    };
+    for (const Put& put : {Put{"first body", "text/plain"}, Put{"a body that is longer", "text/plain"},
+                           Put{"short", "application/bsv-20"}, Put{"SHORT", "image/png"}}) {
+        qv_clasp_cache_put(out(1), put.type, bytes_of(put.body));
+        EXPECT_EQ(home.read(stem + ".bin"), put.body);
+        EXPECT_EQ(home.read(stem + ".typ"), put.type);
+    }
+    const auto times = [&] {
+        return std::pair(std::filesystem::last_write_time(utf8_path(home.root() + stem + ".bin")),
+                         std::filesystem::last_write_time(utf8_path(home.root() + stem + ".typ")));
+    };
+    for (const char* ending : {".bin", ".typ"})
+        std::filesystem::last_write_time(utf8_path(home.root() + stem + ending),
+                                         std::filesystem::file_time_type{});
+    const auto before = times();
+    qv_clasp_cache_put(out(1), "image/png", bytes_of("SHORT"));
+    EXPECT_EQ(times(), before) << "the same again is not written";
+
+    std::filesystem::remove(utf8_path(home.root() + stem + ".bin"));
+    qv_clasp_cache_put(out(1), "text/plain", bytes_of("again"));
+    EXPECT_EQ(home.read(stem + ".typ"), "text/plain") << "a type without a body is an old one";
 }
 
 TEST(InscriptionFetch, EveryRealTransactionGivesItsInscriptionsFromRawBytes) {
