@@ -1,5 +1,6 @@
-// Hands each file of a corpus to the target, as a test without a fuzzer, and then each with odd values in it (not
-// with --plain). What is at work is printed first, so that the last line before a crash tells which one it was.
+// Hands each file of a corpus to the target, as a test without a fuzzer, and then each with odd values in it
+// (not with --plain). What is at work is printed first, so that the last line before a crash tells which one
+// it was.
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
