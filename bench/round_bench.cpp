@@ -1,5 +1,6 @@
 // The round without a network: the split with its text, the redraw of the board, the ledger.
 #include <benchmark/benchmark.h>
+#include <sys/inotify.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -88,6 +89,25 @@ void write_notes(std::size_t count) {
     write_text_file(notes_file_path(), dump_json(document, 2));
 }
 
+// How often a redraw opens the ledger and the notes.
+std::size_t opens_of_a_redraw(FakeRound& round) {
+    const int watch = ::inotify_init1(IN_NONBLOCK);
+    // Two openings in a row would be told as one, were it not for the closing between them.
+    for (const std::string& path : {ledger_file_path(), notes_file_path()})
+        ::inotify_add_watch(watch, path.c_str(), IN_OPEN | IN_CLOSE);
+    refresh_board(round.round);
+    std::size_t opens = 0;
+    alignas(inotify_event) char events[65536];
+    const ssize_t size = ::read(watch, events, sizeof events);
+    for (ssize_t at = 0; at < size;) {
+        const auto* event = reinterpret_cast<const inotify_event*>(events + at);
+        opens += (event->mask & IN_OPEN) != 0 ? 1 : 0;
+        at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
+    }
+    ::close(watch);
+    return opens;
+}
+
 // As many ledger rows as holders, and a note on every tenth; the first redraw after each change of the
 // ledger.
 void board_redraw(benchmark::State& state) {
@@ -102,6 +122,8 @@ void board_redraw(benchmark::State& state) {
         state.ResumeTiming();
         refresh_board(round.round);
     }
+    touch(ledger_file_path());
+    state.counters["opens"] = static_cast<double>(opens_of_a_redraw(round));
     if (round.lines.size() != holders + 1 || round.lines[0].received == "-") state.SkipWithError("no board");
 }
 BENCHMARK(board_redraw)->Arg(1000)->Arg(10000);
