@@ -47,9 +47,14 @@ bool write_anew(const std::string& path, std::string_view content) {
 bool write_over(const std::string& path, std::string_view content, std::uintmax_t old_size) {
     std::fstream file(utf8_path(path), std::ios::binary | std::ios::in | std::ios::out);
     if (!file) return false;
-    std::string padded(content);
-    padded.resize(std::max(content.size(), static_cast<std::size_t>(old_size)), ' ');
-    file.write(padded.data(), static_cast<std::streamsize>(padded.size()));
+    std::string padded;
+    std::string_view piece = content;
+    if (old_size > content.size()) {
+        padded = content;
+        padded.resize(static_cast<std::size_t>(old_size), ' ');
+        piece = padded;
+    }
+    file.write(piece.data(), static_cast<std::streamsize>(piece.size()));
     file.close();
     if (file.fail()) return false;
     std::error_code error;
