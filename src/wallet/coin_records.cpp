@@ -300,7 +300,10 @@ void qv_clasp_mark_all_spent(const std::vector<QvClaspUtxo>& coins) {
     std::string text = is_in_step ? std::exchange(spent_file.text, {}) : spent_text(spent);
     text.resize(text.size() - SPENT_TEXT_END.size());
     for (const QvClaspUtxo& coin : coins) add_spent(spent, text, coin);
-    write_spent(text.append(SPENT_TEXT_END));
+    text += SPENT_TEXT_END;
+    // Moved all the way and back: a copy would be of all that was ever spent, and have no room for the next
+    // key.
+    write_spent(std::move(text));
 }
 
 void qv_clasp_unmark_spent(const std::vector<QvClaspUtxo>& coins) {
