@@ -94,7 +94,7 @@ function whole(what, name, floorName, floor, growth, aim, met) {
         requests * floor, growth, aim, met);
 }
 whole('preview', 'whole_preview/10000', 'bare requests', wall('bare_get'), tenfold('whole_preview', 10000, wall),
-    'one refresh', of('whole_preview/10000', 'requests') === of('whole_preview/1000', 'requests'));
+    'one refresh', of('whole_preview/10000', 'requests') <= of('whole_preview/1000', 'requests'));
 whole('snapshot', 'snapshot/without_names/10000', 'bare requests', wall('bare_get'),
     tenfold('snapshot/without_names', 10000, wall));
 whole('snapshot', 'snapshot/with_names/10000', 'TLS requests', wall('bare_tls_get'),
