@@ -64,13 +64,6 @@ TEST(Amounts, EverythingElseIsRefusedAndLeavesTheOutputAlone) {
     }
 }
 
-TEST(Amounts, TrimmingLeavesALeadingLineBreak) {
-    EXPECT_EQ(trim_text(" \t 0.01 \r\n\t"), "0.01");
-    EXPECT_EQ(trim_text("\n0.01"), "\n0.01");
-    EXPECT_EQ(trim_text(" \t"), "");
-    EXPECT_EQ(trim_text("\r\n"), "");
-}
-
 TEST(LotTexts, AreReadInTwoStrictnesses) {
     struct Row {
         const char* text;

@@ -55,12 +55,3 @@ TEST(JsonFile, TakesWholeCountsFromFloatsThatFit) {
     EXPECT_FALSE(json_whole(Json("5"), count));
     EXPECT_FALSE(json_whole(Json(9223372036854775808ULL), count));
 }
-
-TEST(JsonFile, WritesTextThatIsCutInsideACharacter) {
-    const TestHome home;
-    Json document{{"name", "caf\xC3"}, {"other", "kept"}};
-    ASSERT_TRUE(write_text_file(home.root() + "/n\xC3\xA4me.json", dump_json(document, 2)));
-    const Json back = home.read_json("/n\xC3\xA4me.json");
-    EXPECT_EQ(json_text(back, "other"), "kept");
-    EXPECT_EQ(json_text(back, "name"), "caf\xEF\xBF\xBD");
-}

@@ -72,9 +72,3 @@ TEST(DecimalText, AddsAndSubtractsBeyondAnyMachineNumber) {
     // What lies below zero drops its last borrow.
     EXPECT_EQ(dec_sub("3", "5"), "8");
 }
-
-TEST(DecimalText, ComparesByLengthFirst) {
-    EXPECT_EQ(dec_cmp("9", "10"), -1);
-    EXPECT_EQ(dec_cmp("13", "12"), 1);
-    EXPECT_EQ(dec_cmp("13", "13"), 0);
-}

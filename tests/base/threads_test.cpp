@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "base/parallel_for.h"
-#include "base/sinks.h"
 
 TEST(ParallelFor, RunsEachJobOnceOnNoMoreThreadsThanAsked) {
     for (const std::size_t threads : {0U, 1U, 4U, 50U}) {
@@ -26,29 +25,4 @@ TEST(ParallelFor, RunsEachJobOnceOnNoMoreThreadsThanAsked) {
         }
     }
     parallel_for(0, 4, [](std::size_t) { FAIL(); });
-}
-
-TEST(Sinks, EventsLeaveOutTrailingEmptyFieldsOnly) {
-    std::vector<std::string> lines;
-    qv_clasp_set_event_sink([&](const std::string& line) { lines.push_back(line); });
-    qv_clasp_emit_event("[QV-CLASP]", {"status", "", "12", ""});
-    qv_clasp_emit_event("[QV-CLASP]", {"status", "", ""});
-    qv_clasp_emit_event("[QV-BALANCE]", {"5", "w1"});
-    qv_clasp_set_event_sink(nullptr);
-    qv_clasp_emit_event("[QV-CLASP]", {"dropped"});
-    const std::string mark = "\x1f";
-    EXPECT_EQ(lines, (std::vector<std::string>{"[QV-CLASP]" + mark + "status" + mark + mark + "12",
-                                               "[QV-CLASP]" + mark + "status",
-                                               "[QV-BALANCE]" + mark + "5" + mark + "w1"}));
-}
-
-TEST(Sinks, ASinkMayReportAgainAndBeReplacedFromInside) {
-    int calls = 0;
-    qv_clasp_set_log_sink([&](const std::string& line) {
-        ++calls;
-        qv_clasp_set_log_sink(nullptr);
-        qv_clasp_log(line);
-    });
-    qv_clasp_log("once");
-    EXPECT_EQ(calls, 1);
 }

@@ -90,16 +90,6 @@ class Connect : public testing::Test {
 
 }  // namespace
 
-TEST_F(Connect, ABoundWalletConnectsAtOnce) {
-    bind_one_wallet(home);
-    EXPECT_EQ(qv_clasp_connect(), "success");
-    EXPECT_FALSE(home.exists("/connect"));
-    EXPECT_EQ(wallet_program.looks, 0);
-    EXPECT_EQ(events, "paymail\n");
-    EXPECT_EQ(log, "");
-    EXPECT_TRUE(qv_clasp_is_connected());
-}
-
 TEST_F(Connect, AnApprovalBindsAndLoadsTheChosenWallet) {
     start_with_two_wallets();
     Json request;
@@ -201,14 +191,6 @@ TEST_F(Connect, TheOldSessionIsGoneBeforeTheNewWalletIsUsed) {
     EXPECT_EQ(json_text(home.read_json(ONE_WALLET_PATH), "mnemonic"), ONE_WALLET_WORDS);
 }
 
-TEST_F(Connect, ARequestThatCannotBeWritten) {
-    start_with_two_wallets();
-    home.write("/connect", std::string("a file where the folder should be"));
-    EXPECT_EQ(qv_clasp_connect(), "error: could not write connect request.");
-    EXPECT_EQ(wallet_program.looks, 0);
-    EXPECT_EQ(events, FAILED + "error: could not write connect request.\n");
-}
-
 TEST_F(Connect, UnbindForgetsTheBindAndTheSessionOnly) {
     bind_one_wallet(home);
     ASSERT_EQ(qv_clasp_connect(), "success");
@@ -221,25 +203,6 @@ TEST_F(Connect, UnbindForgetsTheBindAndTheSessionOnly) {
     EXPECT_FALSE(qv_clasp_is_connected());
     EXPECT_TRUE(home.exists(ONE_WALLET_PATH));
     EXPECT_EQ(home.read_json("/wallets.json")["wallets"].size(), 1U);
-}
-
-TEST_F(Connect, OnlyAMnemonicWalletCountsAsConnected) {
-    start_program_in(home);
-    EXPECT_FALSE(qv_clasp_is_connected()) << "nothing bound";
-    bind_one_wallet(home, Json{{"priv", std::string(63, '0') + "1"}});
-    EXPECT_FALSE(qv_clasp_is_connected()) << "a bare key";
-    EXPECT_EQ(qv_clasp_connect(), "success") << "though it connects";
-}
-
-TEST_F(Connect, TheWalletProgramLiesBesideOrAbove) {
-    const std::string folder = home.folder() + "/above/beside";
-    make_folder(folder + "/Clasp.exe");
-    EXPECT_EQ(find_clasp_program(folder), "") << "a folder is no program";
-    remove_file(folder + "/Clasp.exe");
-    for (const char* name : {"/../Clasp", "/../Clasp.exe", "/Clasp.exe"}) {
-        write_text_file(folder + name, "");
-        EXPECT_EQ(find_clasp_program(folder), folder + name) << "goes before those so far";
-    }
 }
 
 TEST(ConnectWithoutApp, TheWalletProgramItselfDoesNotConnect) {

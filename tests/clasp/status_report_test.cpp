@@ -84,16 +84,6 @@ Json document_with(unsigned counter, const std::string& paymail) {
 
 }  // namespace
 
-TEST(StatusReport, WithoutAWalletThereIsNoTraffic) {
-    StatusWorld world;
-    start_program_in(world.home);
-    const QvClaspStatus status = StatusWorld::report();
-    EXPECT_FALSE(status.connected || status.hd || status.balance_known);
-    EXPECT_EQ(status.balance_sats, 0);
-    EXPECT_EQ(world.events, (std::vector<std::string>{"[QV-CLASP]\x1fstatus", "[QV-CLASP]\x1fpaymail"}));
-    EXPECT_TRUE(world.services.requests().empty() && world.host.requests().empty());
-}
-
 TEST(StatusReport, AMnemonicWallet) {
     StatusWorld world;
     bind_one_wallet(world.home, document_with(2, "eve"));
@@ -119,48 +109,6 @@ TEST(StatusReport, AMnemonicWallet) {
     EXPECT_EQ(json_text(claim, "ordAddress"), one_wallet_key("5'/0/3").address);
     EXPECT_EQ(world.host.count("GET", "/api/paymail/quota/"), 1U);
     EXPECT_EQ(world.host.requests().back().method, "GET") << "the role comes after the claim";
-}
-
-TEST(StatusReport, ALegacyWallet) {
-    StatusWorld world;
-    bind_one_wallet(world.home, Json{{"priv", std::string(63, '0') + "1"}});
-    const std::string address = "1BgGZ9tcN4rm9KBzDn7KprQz87SZ26SAMH";
-    world.give(address, '1', 5000);
-    const QvClaspStatus status = StatusWorld::report();
-    EXPECT_TRUE(status.connected && status.balance_known);
-    EXPECT_FALSE(status.hd);
-    EXPECT_EQ(status.address, address);
-    EXPECT_EQ(status.balance_sats, 5000);
-    EXPECT_EQ(world.events[0], STATUS + address + MARK + "5000" + MARK + "legacy");
-    EXPECT_EQ(world.services.count("POST"), 0U) << "there is no chain to scan";
-    EXPECT_TRUE(world.host.requests().empty()) << "and no identity to speak for";
-}
-
-TEST(StatusReport, WithTheServicesDownTheBalanceIsUnknown) {
-    StatusWorld world;
-    bind_one_wallet(world.home, document_with(0, ""));
-    world.down = true;
-    const QvClaspStatus status = StatusWorld::report();
-    EXPECT_TRUE(status.connected);
-    EXPECT_FALSE(status.balance_known);
-    EXPECT_EQ(status.balance_sats, -1);
-    EXPECT_EQ(world.events[0], "[QV-CLASP]\x1fstatus\x1f" + receive_address(0) + "\x1f-\x1fhd");
-    EXPECT_FALSE(world.home.exists("/tx_hist/" + ONE_WALLET_ID + "_face.json"));
-}
-
-TEST(StatusReport, ACoinFoundByTheScanCountsInTheSameReport) {
-    StatusWorld world;
-    bind_one_wallet(world.home, document_with(0, ""));
-    world.give(receive_address(3), '1', 7000);
-    world.services.on_any([&](const ScriptedRequest& request, ScriptedAnswer& answer) {
-        const std::lock_guard<std::mutex> hold(world.mutex);
-        world.serve(request.path, answer);
-        if (request.method == "POST")
-            answer.body = R"([{"address":")" + receive_address(3) + R"(","balance":{"confirmed":7000}}])";
-        return true;
-    });
-    EXPECT_EQ(StatusWorld::report().balance_sats, 7000);
-    EXPECT_EQ(world.home.read_json(ONE_WALLET_PATH)["recv"][1], 3);
 }
 
 // What happens during the reads also takes the wallet mutex: a report that held it would never end.
@@ -219,21 +167,4 @@ TEST(StatusReport, TheSendGuard) {
         EXPECT_EQ(status_reads_address(address), c.reads) << c.what;
     }
     qv_clasp_clear_coin_records();
-}
-
-TEST(StatusReport, TheAddressesOfAReport) {
-    StatusWorld world;
-    bind_one_wallet(world.home, document_with(2, ""));
-    const WalletLock lock = qv_clasp_lock_wallet();
-    ASSERT_TRUE(qv_clasp_load());
-    const std::string remembered = receive_address(40);
-    qv_clasp_coin_records().coin_cache = {{remembered, {{txid_of('1'), 0, 5}}, 1, true},
-                                          {receive_address(50), {}, 1, true},
-                                          {receive_address(1), {{txid_of('2'), 0, 5}}, 1, true}};
-    QvClaspPendingCoin pending;
-    pending.hash160 = one_wallet_key("1'/0/60").hash160;
-    qv_clasp_coin_records().pending_coins = {pending};
-    EXPECT_EQ(status_addresses(), (std::vector<std::string>{
-                                      receive_address(0), receive_address(1), receive_address(2),
-                                      one_wallet_key("100'/0/0").address, remembered, receive_address(60)}));
 }

@@ -140,13 +140,3 @@ TEST(ExtractTxids, FindsEachRunOnceInOrder) {
     };
     for (const auto& [text, txids] : cases) EXPECT_EQ(extract_txids(text), txids) << text;
 }
-
-TEST(PayConfirmation, NamesPotFeeAndWhereItGoes) {
-    RoundState state;
-    state.frozen_pot = 150000000;
-    EXPECT_EQ(
-        pay_confirmation_text(state),
-        "Pay this frozen snapshot?\n\n1.50000000 BSV pot to in-market holders.\nApp fee: 0.01 BSV to " +
-            settings().fee_handle + "\n" + settings().fee_address +
-            "\nRemainder and dust stay in the connected Clasp.\nThe connected Clasp prompts and signs.");
-}

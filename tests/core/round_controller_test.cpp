@@ -31,48 +31,6 @@ const HolderBoard TWO_HOLDERS = board().market("alice", "3").reserve("me", "10")
 
 }  // namespace
 
-TEST_F(RoundController, AFreshWindowShowsTheWalletAndLoadsTokensIfConnected) {
-    wallet.paymail = "me@bursaria.test";
-    wallet.balance = 1500;
-    on_window_created(round);
-    EXPECT_FALSE(pay_enabled());
-    EXPECT_EQ(texts[1003], "me@bursaria.test");
-    EXPECT_EQ(texts[1004], "0.00001500 BSV");
-    EXPECT_EQ(texts[1001], "Connected");
-    EXPECT_EQ(state.busy_control, 1006);
-}
-
-TEST_F(RoundController, ConnectRunsOnIntoLoadTokens) {
-    wallet.connected = false;
-    wallet.tokens = {{token_id_of('c'), "Meadow", "12", false}};
-    on_connect(round);
-    EXPECT_EQ(status(), "Waiting for Clasp to approve .");
-    EXPECT_EQ(texts[1001], "Connect") << "the last step of entering the busy state names the connection";
-    work();
-    EXPECT_EQ(texts[1001], "Connected");
-    EXPECT_EQ(status(), "Loading tokens .");
-    EXPECT_TRUE(state.busy);
-    work();
-    EXPECT_TRUE(wallet.refreshed);
-    EXPECT_FALSE(state.busy);
-    EXPECT_EQ(texts[1006], "Load tokens");
-    EXPECT_EQ(texts[CONTROL_ORIGIN], token_id_of('c'));
-    EXPECT_EQ(status(), "Loaded 1 token(s) from GorillaPool. Pick one and Snapshot.");
-}
-
-TEST_F(RoundController, AFailedConnectShowsItsTextAsItStands) {
-    wallet.connected = false;
-    wallet.connect_result = "Success is near, but denied.";
-    on_connect(round);
-    work_until_idle();
-    EXPECT_EQ(status(), "Success is near, but denied.");
-    EXPECT_FALSE(state.busy);
-    EXPECT_EQ(texts[1001], "Connect");
-
-    deliver(WM_APP_CONNECT, std::nullopt);
-    EXPECT_EQ(status(), "Connect failed.");
-}
-
 TEST_F(RoundController, GuardsAnswerInTheStatusLine) {
     on_connect(round);
     EXPECT_EQ(status(), "Already connected. Unbind to pick another wallet.");
@@ -107,64 +65,6 @@ TEST_F(RoundController, TheBusyStateKeepsOnlyThePressedButtonAlive) {
     for (const int control : BUSY_CONTROLS) EXPECT_EQ(enabled[control], control != 1013) << control;
     EXPECT_EQ(texts[1008], "Snapshot");
     EXPECT_EQ(state.busy_control, 0);
-}
-
-TEST_F(RoundController, DotsRunOneTwoThreeOne) {
-    set_status(round, "Paying", true);
-    EXPECT_TRUE(dots_run);
-    std::vector<std::string> seen;
-    for (int tick = 0; tick < 4; ++tick) {
-        seen.push_back(status());
-        on_dots_tick(round);
-    }
-    EXPECT_EQ(seen, (std::vector<std::string>{"Paying .", "Paying ..", "Paying ...", "Paying ."}));
-    set_status(round, "Done", false);
-    EXPECT_FALSE(dots_run);
-    on_dots_tick(round);
-    EXPECT_EQ(status(), "Done");
-}
-
-TEST_F(RoundController, TokenResultsReplaceTheListEvenWithAnError) {
-    const std::vector<TokenRow> one = {{token_id_of('d'), "", "", true}};
-    const std::string loaded = "Loaded 1 token(s) from GorillaPool. Pick one and Snapshot.";
-    const std::string none =
-        "No tokens on this wallet yet. Paste a deploy origin if you minted and sent the stack.";
-    const std::tuple<std::string, std::vector<TokenRow>, std::string> cases[] = {
-        {"error: the indexer is down", one, "error: the indexer is down"},
-        {"", {}, none},
-        {"partly", one, loaded}};
-    for (const auto& [result, tokens, text] : cases) {
-        SCOPED_TRACE(result);
-        state.tokens.assign(3, TokenRow());
-        wallet.tokens_result = result;
-        wallet.tokens = tokens;
-        on_load_tokens(round);
-        work_until_idle();
-        EXPECT_EQ(state.tokens.size(), tokens.size());
-        EXPECT_EQ(token_items.size(), tokens.size());
-        EXPECT_EQ(status(), text);
-    }
-    RoundMessage unasked;
-    unasked.number = WM_APP_TOKENS;
-    unasked.tokens = one;
-    on_message(round, unasked);
-    EXPECT_EQ(status(), "Loaded 1 token(s) from this wallet. Load tokens refreshes from the chain.");
-}
-
-TEST_F(RoundController, ASnapshotNeedsAWholeTokenId) {
-    type_origin(std::string(65, 'a'));
-    on_snapshot(round);
-    ASSERT_EQ(messages.size(), 1U);
-    EXPECT_EQ(messages[0].title, "The Bursaria");
-    EXPECT_EQ(messages[0].text, "Pick a token or paste its deploy origin (txid_vout).");
-    EXPECT_FALSE(messages[0].confirm);
-    EXPECT_FALSE(state.busy);
-
-    type_origin("  " + std::string(66, 'a') + "\r\n");
-    on_snapshot(round);
-    EXPECT_EQ(status(), "Loading the holder board .");
-    work();
-    EXPECT_EQ(wallet.snapshots, std::vector<std::string>{std::string(66, 'a')});
 }
 
 TEST_F(RoundController, ASnapshotDropsTheFrozenListWhenPressedAndClearsExclusionsWhenDone) {
@@ -347,26 +247,6 @@ TEST_F(RoundController, UnbindEmptiesTheRoundButNotTheEdits) {
     EXPECT_EQ(texts[CONTROL_ORIGIN], TWO_HOLDERS.token_id);
     EXPECT_EQ(texts[CONTROL_SUMMARY], pane);
     EXPECT_EQ(status(), "Unbound. Connect again to pick a wallet in Clasp.");
-}
-
-TEST_F(RoundController, TheBalanceFollowsTheStatusReport) {
-    struct Case {
-        bool connected, known;
-        std::int64_t sats;
-        std::string shown;
-    };
-    for (const Case& one : {Case{true, true, 123, "0.00000123 BSV"}, Case{true, true, 0, "0.00000000 BSV"},
-                            Case{true, false, 0, "(WhatsOnChain miss)"}, Case{true, true, -1, "before"},
-                            Case{false, true, 123, "before"}}) {
-        wallet.connected = one.connected;
-        texts[1004] = "before";
-        RoundMessage message;
-        message.number = WM_APP_BALANCE;
-        message.balance_known = one.known;
-        message.balance_sats = one.sats;
-        on_message(round, message);
-        EXPECT_EQ(texts[1004], one.shown) << one.sats;
-    }
 }
 
 TEST_F(RoundController, LogLinesReachTheStatusLineUnlessEmpty) {

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "records/holder_notes.h"
 #include "records/payout_ledger.h"
 #include "tests/core/fake_round.h"
 
@@ -36,42 +35,6 @@ TEST_F(RoundDisplay, TypedTextOfFullLengthWinsOverTheBox) {
         selected_token = nowhere;
         EXPECT_EQ(selected_token_id(round), "");
     }
-}
-
-TEST_F(RoundDisplay, TheTokenBoxNamesLotsOrMinted) {
-    tokens({{A, "Meadow", "12", true}, {B, "", "0", true}, {A, "Plain", "", false}});
-    EXPECT_EQ(token_items, (std::vector<std::string>{"Meadow  12 lots", "(unnamed)  minted", "Plain  "}));
-}
-
-TEST_F(RoundDisplay, TheBoxKeepsATypedTokenSelectedAndFillsAShortEdit) {
-    const std::tuple<std::string, int, std::string> cases[] = {
-        {"", 0, A}, {B, 1, B}, {B + "9", 1, B + "9"}, {"abc", 0, A}, {token_id_of('e'), 0, token_id_of('e')}};
-    for (const auto& [typed, selected, origin] : cases) {
-        type_origin(typed);
-        tokens({{A, "", "", false}, {B, "", "", false}});
-        EXPECT_EQ(selected_token, selected) << typed;
-        EXPECT_EQ(texts[CONTROL_ORIGIN], origin) << typed;
-    }
-    type_origin("abc");
-    tokens({});
-    EXPECT_EQ(selected_token, -1);
-    EXPECT_EQ(texts[CONTROL_ORIGIN], "abc");
-}
-
-TEST_F(RoundDisplay, TheWalletCardPrefersPaymailThenAddress) {
-    const auto shown = [this] {
-        const WalletSummary summary = wallet_summary(round.wallet);
-        return summary.label + " | " + summary.balance;
-    };
-    wallet.paymail = "me@bursaria.test";
-    EXPECT_EQ(shown(), "me@bursaria.test | ...");
-    wallet.paymail.clear();
-    wallet.balance = 0;
-    EXPECT_EQ(shown(), "1WalletAddress | 0.00000000 BSV");
-    wallet.address.clear();
-    EXPECT_EQ(shown(), "connected | 0.00000000 BSV");
-    wallet.connected = false;
-    EXPECT_EQ(shown(), "not connected | -");
 }
 
 TEST_F(RoundDisplay, OneStatusWorkerRunsAtATime) {
@@ -122,20 +85,4 @@ TEST_F(RoundDisplay, BoardLinesShowWhatEachHolderReceivedOnThisToken) {
     state.board.token_name.clear();
     refresh_board(round);
     EXPECT_EQ(texts[CONTROL_SUMMARY].substr(0, 73), "Token: " + state.board.token_id);
-}
-
-TEST_F(RoundDisplay, AHolderWithANoteOnThisTokenIsMarked) {
-    RoundState& state = round.state;
-    state.board = board().market("alice", "3").reserve("me", "9").market("bob", "1");
-    state.board.rows[0].pubkey = "02ab";
-    write_note(state.board.token_id, "p:02ab", "alice", "3", "pays late");
-    write_note(state.board.token_id, "n:me", "me", "9", "the till");
-    write_note(A, "n:bob", "bob", "1", "on another token");
-    refresh_board(round);
-    EXPECT_EQ(lines.at(0).holder, "alice  \xc3\x82\xc2\xb7 note");
-    EXPECT_EQ(lines.at(1).holder, "me  \xc3\x82\xc2\xb7 note");
-    EXPECT_EQ(lines.at(2).holder, "bob");
-    write_note(state.board.token_id, "p:02ab", "alice", "3", " ");
-    refresh_board(round);
-    EXPECT_EQ(lines.at(0).holder, "alice");
 }

@@ -28,31 +28,6 @@ Content fetch(const std::string& origin, bool network = true) {
 
 }  // namespace
 
-TEST(ContentCache, BodiesUpToTenMebibytesComeBack) {
-    const TestHome home;
-    std::string type;
-    Bytes bytes;
-    for (const auto& [size, kept] :
-         {std::pair<std::size_t, bool>{1, true}, {10'485'760, true}, {10'485'761, false}}) {
-        const std::string origin = out(static_cast<unsigned>(size));
-        const Bytes body(size, 0xAB);
-        qv_clasp_cache_put(origin, "image/png", body);
-        EXPECT_EQ(qv_clasp_cache_get(origin, type, bytes), kept) << size;
-        EXPECT_EQ(bytes == body, kept) << size;
-    }
-    // A file of the wrong size, whoever wrote it.
-    home.write("/ord_cache/" + out(2) + ".bin", std::string(10'485'761, 'x'));
-    EXPECT_FALSE(qv_clasp_cache_get(out(2), type, bytes));
-}
-
-TEST(ContentCache, NamesAreCleanedOnBothWays) {
-    const TestHome home;
-    qv_clasp_name_put(out(1), " \tA coin \n");
-    EXPECT_EQ(home.read("/ord_cache/" + out(1) + ".nam"), "A coin");
-    home.write("/ord_cache/" + out(2) + ".nam", "  " + std::string(60, 'x') + "\nmore");
-    EXPECT_EQ(qv_clasp_name_get(out(2)), std::string(48, 'x'));
-}
-
 TEST(ContentCache, OnlyAnOutpointNamesAFile) {
     const TestHome home;
     home.write("/wallets.bin", std::string("secret"));

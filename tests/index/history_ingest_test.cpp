@@ -67,36 +67,6 @@ TEST(HistoryIngest, FindsTokensOfWatchAddressesInTheirHistories) {
     }
 }
 
-TEST(HistoryIngest, ReadsTheLast24TransactionsOfAnAddressAndNoneForAnotherWallet) {
-    TokenWorld world;
-    world.server.on("GET", "/woc/address/" + person(1) + "/unconfirmed/history",
-                    dump_json(txid_rows(1, 100), -1));
-    std::vector<LocalOrd> found;
-    ingest_woc_recent_ords({person(1)}, found, qv_clasp_generation() + 1);
-    EXPECT_EQ(world.server.requests().size(), 0U);
-    ingest_woc_recent_ords({person(1)}, found, qv_clasp_generation());
-    EXPECT_EQ(world.server.count("GET", "/woc/tx/"), 24U);
-    EXPECT_EQ(world.server.count("GET", "/woc/tx/" + tx_number(77)), 1U);
-    EXPECT_EQ(world.server.count("GET", "history"), 1U) << "a full list asks no other history";
-}
-
-TEST(HistoryIngest, LabelsOfIdentityRecords) {
-    EXPECT_EQ(kind_label("id_photo"), "ID-gov-photo");
-    const auto label_of = [](const Json& change) {
-        Json record = identity_record("id_age");
-        record.update(change);
-        std::string label = "stale";
-        const bool ok = identity_label(dump_json(record, -1), KEY, label);
-        EXPECT_EQ(ok, !label.empty());
-        return label;
-    };
-    EXPECT_EQ(label_of({{"subject", std::string(66, 'A')}, {"subject_handle", "me@x"}}), "ID-age");
-    EXPECT_EQ(label_of({{"subject", "02ff"}, {"subject_handle", "bob@x"}}), "ID-age (bob)");
-    EXPECT_EQ(label_of({{"kind", "id_x"}, {"name", "A record"}}), "A record");
-    EXPECT_EQ(label_of({{"protocol", "qv-ident"}}), "");
-    EXPECT_EQ(label_of({{"type", "id_revoke"}}), "");
-}
-
 TEST(HistoryIngest, TheIdentityFeedGivesRowsForThisWalletOnly) {
     TokenWorld world;
     world.server.on("GET", feed_path(), dump_json({{"result", txid_rows(1, 2)}}, -1));

@@ -101,27 +101,6 @@ TEST(HolderSnapshot, MergesWalkAndIndexerIntoOneBoard) {
     EXPECT_EQ(world.row(receive_address(0)).dest, "");
 }
 
-TEST(HolderSnapshot, EachSourceAloneMakesABoard) {
-    {
-        SnapshotWorld world;
-        world.server.on("GET", "/api/bsv20/id/" + TOKEN, R"({"name":"Index name"})");
-        world.add_own_lots("5");
-        world.add_holder(person(1), "7");
-        ASSERT_EQ(world.take(), "") << "the chain service knows nothing";
-        EXPECT_EQ(world.board.total_lots, "12");
-        EXPECT_EQ(world.board.token_name, "Index name");
-    }
-    SnapshotWorld world;
-    world.add_deploy(1, one_wallet_key("1'/0/0").hash160, "9");
-    world.server.on_any([](const ScriptedRequest& request, ScriptedAnswer& answer) {
-        answer = {.status = 502, .body = "<html>"};
-        return request.path.starts_with("/api/");
-    });
-    ASSERT_EQ(qv_clasp_snapshot_holders(TOKEN, world.board), "") << "the indexer is down";
-    EXPECT_EQ(world.board.reserve_lots, "9");
-    EXPECT_EQ(world.board.in_market_lots, "0");
-}
-
 TEST(HolderSnapshot, OnlyAHolderOrTheMinterMayLook) {
     const auto minted = [](const Json& row) {
         SnapshotWorld world(Json::array({row}));
@@ -259,35 +238,4 @@ TEST(HolderSnapshot, AWalletSwitchedMeanwhileEndsIt) {
         EXPECT_EQ(world.take(), CHANGED);
         EXPECT_EQ(world.board.token_id, TOKEN);
     }
-}
-
-TEST(HolderSnapshot, AThousandHoldersTakeOneLookUpEachAtMost) {
-    SnapshotWorld world;
-    constexpr unsigned COUNT = 1000;
-    Json names;
-    for (unsigned i = 0; i < COUNT; ++i) {
-        world.add_holder(person(i), std::to_string(i + 1));
-        // Names that the registry knows whole need no look-up; every tenth does.
-        if (i % 10 != 0) names["n" + std::to_string(i)] = local_name("02" + tx_number(i), person(i), "");
-    }
-    world.home.write("/quorvelle_paymail.json", Json{{"names", names}});
-    world.add_own_lots();
-    ASSERT_EQ(world.take(), "");
-    EXPECT_EQ(world.board.rows.size(), COUNT + 1);
-    EXPECT_EQ(world.board.total_lots, std::to_string(COUNT * (COUNT + 1) / 2 + 1));
-    EXPECT_EQ(world.board.rows.front().lots, std::to_string(COUNT));
-    EXPECT_EQ(world.home_host.requests().size(), COUNT / 10 + 1) << "those, and the wallet's own address";
-}
-
-TEST(OwnAddresses, WatchListAndHashes) {
-    SnapshotWorld world;
-    const WalletLock lock = qv_clasp_lock_wallet();
-    ASSERT_TRUE(qv_clasp_load());
-    std::vector<std::string> expected = {receive_address(0), one_wallet_key("100'/0/0").address};
-    for (unsigned i = 0; i <= 2; ++i) expected.push_back(ordinal_address(i));
-    for (unsigned i = 0; i < 5; ++i) expected.push_back(one_wallet_key("5'/1/" + std::to_string(i)).address);
-    EXPECT_EQ(qv_clasp_watch_addresses(), expected);
-    EXPECT_EQ(addresses_by_hash({person(1), "junk", person(1)}).size(), 1U);
-    qv_clasp_wipe_session();
-    EXPECT_TRUE(qv_clasp_watch_addresses().empty());
 }

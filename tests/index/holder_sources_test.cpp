@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "index/token_meta.h"
 #include "tests/index/token_world.h"
-#include "tests/support/hostile_json.h"
 
 namespace {
 
@@ -22,12 +20,6 @@ HolderTxo row_of(const std::string& op, const std::string& lots, const std::stri
     row.lots = lots;
     row.owner = owner;
     return row;
-}
-
-std::string meta_name(const std::string& token_id, const std::string& given = "") {
-    std::string name = given;
-    qv_clasp_fetch_token_meta(token_id, name);
-    return name;
 }
 
 }  // namespace
@@ -84,25 +76,6 @@ TEST(HolderSources, TheFirstLineOfAnOwnerWins) {
     EXPECT_EQ(owners_and_lots(rows), (Lines{{person(5), "1"}, {person(1), "3"}}));
 }
 
-TEST(HolderSources, AnswersOfAnotherShapeLeaveTheRowsAlone) {
-    TokenWorld world;
-    const std::string path = "/api/bsv20/id/" + out(1) + "/holders";
-    std::vector<HolderTxo> rows{row_of("", "1", person(5))};
-    std::vector<std::string> bodies = NO_OBJECTS;
-    for (const char* body : {R"({"holders":{}})", "{}", R"([[[]]])"}) bodies.emplace_back(body);
-    for (const std::string& body : bodies) {
-        world.server.on("GET", path, body);
-        qv_clasp_fetch_holders(out(1), rows);
-        EXPECT_EQ(owners_and_lots(rows), (Lines{{person(5), "1"}})) << body;
-    }
-    world.server.clear_requests();
-    qv_clasp_fetch_holders(tx_number(1), rows);
-    EXPECT_EQ(world.server.requests().size(), 0U) << "a short id asks nothing";
-    world.add_holders(1, Json::array({{{"address", person(6)}, {"amt", "2"}}}));
-    qv_clasp_fetch_holders(out(1), rows);
-    EXPECT_EQ(owners_and_lots(rows), (Lines{{person(5), "1"}, {person(6), "2"}}));
-}
-
 TEST(HolderSources, TheWalkSpeaksBeforeTheIndexer) {
     const std::vector<HolderTxo> chain{row_of("transfer", "5", "A"), row_of("transfer", "6", "A")};
     const std::vector<HolderTxo> index{row_of("", "99", "A"), row_of("", "7", "B"), row_of("", "8", "B")};
@@ -141,33 +114,4 @@ TEST(HolderSources, WhatHasMovedIsTakenOffTheDeploy) {
         for (const HolderTxo& row : rows) left.emplace_back(row.op, row.lots);
         EXPECT_EQ(left, c.left) << c.what;
     }
-}
-
-TEST(TokenMeta, NamesFromTheIndexer) {
-    TokenWorld world;
-    const std::string fixed = settings().fixed_token_id;
-    const std::string other = out(0xAA);
-    struct Case {
-        std::string token_id;
-        Json answer;
-        std::string given, name;
-    };
-    const Case cases[] = {
-        {other, {{"name", " A coin "}, {"sym", "AC"}}, "", "A coin"},
-        {other, {{"name", " "}, {"sym", "AC"}, {"tick", "T"}}, "", "AC"},
-        {other, {{"name", nullptr}, {"sym", 5}, {"tick", "T"}}, "", "T"},
-        {other, {{"name", std::string(60, 'x')}}, "", std::string(48, 'x')},
-        {other, Json::array(), "", ""},
-        {fixed, {{"name", "FWC"}}, "", "Fenwold Coin"},
-        {fixed, {{"name", "The long name"}}, "FWC", "Fenwold Coin"},
-        {fixed, {{"name", "x"}}, "Longer name", "Longer name"},
-        {fixed, 7, "", "Fenwold Coin"},
-    };
-    for (const Case& c : cases) {
-        world.server.on("GET", "/api/bsv20/id/" + c.token_id, dump_json(c.answer, -1));
-        EXPECT_EQ(meta_name(c.token_id, c.given), c.name) << c.answer;
-    }
-    world.server.on("GET", "/api/bsv20/id/" + fixed, "<html>", 502);
-    EXPECT_EQ(meta_name(fixed), "Fenwold Coin") << "also with the indexer down";
-    EXPECT_EQ(meta_name(tx_number(1)), "");
 }

@@ -85,20 +85,6 @@ TEST(Inscription, ScriptsOfOthersReadAsTheirVectorsSay) {
     }
 }
 
-TEST(Inscription, NoPrefixOfAScriptIsReadPastItsEnd) {
-    const Json vectors = test_data("ordinals_scripts_published.json");
-    for (const Json& row : vectors["scripts"]) {
-        const Bytes whole = qv_clasp_hex_decode(json_text(row, "script"));
-        Hash160 owner{};
-        Inscription inscription;
-        for (std::size_t size = 0; size < whole.size(); ++size) {
-            // An exact allocation, so that a sanitizer sees one byte too many.
-            const Bytes prefix(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
-            EXPECT_FALSE(read_ord_script(prefix, owner, inscription)) << size;
-        }
-    }
-}
-
 TEST(Inscription, EnvelopeForms) {
     struct Case {
         const char* what;
@@ -135,34 +121,6 @@ TEST(Inscription, EnvelopeForms) {
     EXPECT_FALSE(read_hex(OWNER + "610063036f726451014168", inscription));
 }
 
-TEST(Inscription, OutpointTexts) {
-    struct Case {
-        std::string text;
-        bool ok;
-        std::uint32_t vout;
-    };
-    const std::string upper(64, 'A');
-    const Case cases[] = {{TXID, true, 0},
-                          {TXID + "_0", true, 0},
-                          {TXID + "_4294967295", true, 4294967295U},
-                          {upper + "_7", true, 7},
-                          {TXID + "_", false, 0},
-                          {TXID + "_-1", false, 0},
-                          {TXID + ":0", false, 0},
-                          {TXID + "_4294967296", false, 0},
-                          {TXID.substr(1), false, 0},
-                          {"g" + TXID.substr(1) + "_0", false, 0},
-                          {"../" + TXID.substr(3) + "_0", false, 0},
-                          {"", false, 0}};
-    for (const Case& c : cases) {
-        std::string txid = "stale";
-        std::uint32_t vout = 99;
-        EXPECT_EQ(parse_outpoint(c.text, txid, vout), c.ok) << c.text;
-        EXPECT_EQ(txid, c.ok ? c.text.substr(0, 64) : "") << c.text;
-        EXPECT_EQ(vout, c.vout) << c.text;
-    }
-}
-
 TEST(Inscription, BodiesThatAreTokenRecords) {
     const Bsv20Meta numbers = parsed(R"({"p":"bsv-20","op":"deploy+mint","amt":1000,"dec":8})");
     EXPECT_EQ(numbers.amt + " " + numbers.dec, "1000 8");
@@ -189,12 +147,4 @@ TEST(Inscription, BodiesThatAreTokenRecords) {
         meta.amt = "stale";
         EXPECT_FALSE(parse_bsv20(body, meta)) << body.substr(0, 80);
     }
-}
-
-TEST(Inscription, TheNumberOfAnOutputIsItsOwnOrItsPlace) {
-    const std::pair<Json, std::uint32_t> cases[] = {
-        {{{"n", 5}}, 5U},  {{{"n", 5.0}}, 5U}, {Json::object(), 9U},      {{{"n", "5"}}, 9U},
-        {{{"n", -1}}, 9U}, {nullptr, 9U},      {{{"n", 4294967296}}, 9U}, {{{"n", nullptr}}, 9U},
-    };
-    for (const auto& [entry, index] : cases) EXPECT_EQ(vout_index(entry, 9), index) << entry;
 }

@@ -65,22 +65,3 @@ TEST(OrdinalInbox, PostingKeepsOneRecordAnOrigin) {
     qv_clasp_post_ord_inbox(ord);
     EXPECT_FALSE(home.exists("/escape.json")) << "only an address names a file";
 }
-
-TEST(OrdinalInbox, NamesComeFromOtherWallets) {
-    SweepWorld world;
-    const auto names = [](unsigned tx, const std::string& name) {
-        return Json{{"ord_owned", {{{"origin", out(tx)}, {"name", name}}}}};
-    };
-    add_wallet(world.home, "w2", names(1, " From the registry "));
-    world.home.write("/quorvelle_clasp.detached-7.json", names(2, "Detached"));
-    world.home.write("/parked/old.json", names(3, "Parked"));
-    world.home.write("/parked/broken.json", std::string("{"));
-    world.home.write("/parked/known.json", names(4, "Another name"));
-    qv_clasp_name_put(out(4), "Known name");
-    const WalletLock lock = qv_clasp_lock_wallet();
-    qv_clasp_harvest_ord_names();
-    EXPECT_EQ(qv_clasp_name_get(out(1)), "From the registry");
-    EXPECT_EQ(qv_clasp_name_get(out(2)), "Detached");
-    EXPECT_EQ(qv_clasp_name_get(out(3)), "Parked");
-    EXPECT_EQ(qv_clasp_name_get(out(4)), "Known name");
-}

@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <future>
-
 #include "sandbox/service_reply.h"
 #include "tests/index/sweep_world.h"
 #include "wallet/coin_records.h"
@@ -81,25 +78,6 @@ TEST(OrdinalListing, WithTheIndexerDownAndNothingRememberedItSaysSo) {
     EXPECT_EQ(sweep().error, UNAVAILABLE) << "an object is none";
 }
 
-TEST(OrdinalListing, ASilentIndexerIsBridgedByTheLastSnapshot) {
-    SweepWorld world(Json::array({owned_row(out(3), {{"hidden", true}, {"type", "image/png"}})}));
-    const auto lot = [](unsigned tx) {
-        return Json{{"origin", out(tx)},
-                    {"txid", tx_number(tx)},
-                    {"vout", 0},
-                    {"type", "image/png"},
-                    {"name", "One"}};
-    };
-    world.home.write("/ord_snap/" + ONE_WALLET_ID + ".json", Json{{"lots", {lot(2), lot(3)}}});
-    EXPECT_TRUE(sweep().rows.empty()) << "an indexer that answers is believed";
-    world.home.write("/ord_snap/" + ONE_WALLET_ID + ".json", Json{{"lots", {lot(2), lot(3)}}});
-    world.indexer_up = false;
-    const Swept swept = sweep();
-    EXPECT_EQ(swept.error, "");
-    EXPECT_EQ(swept.origins(), Origins{out(2)}) << "but what is hidden";
-    EXPECT_EQ(world.snapshot()["lots"].size(), 1U) << "and it stays for the next time";
-}
-
 TEST(OrdinalListing, ASilentIndexerIsBridgedByAWalkOverTheChain) {
     SweepWorld world(Json::array({owned_row(
         out(5),
@@ -116,18 +94,6 @@ TEST(OrdinalListing, ASilentIndexerIsBridgedByAWalkOverTheChain) {
     EXPECT_EQ(swept.rows[0].token_id, out(4));
     ASSERT_EQ(world.owned().size(), 1U) << "and is not remembered any more";
     EXPECT_EQ(world.owned()[0]["origin"], out(6, 1));
-}
-
-TEST(OrdinalListing, AMintIsRememberedAfterItIsSpent) {
-    SweepWorld world(Json::array({owned_row(
-        out(5), {{"type", "application/bsv-20"}, {"amt", "9"}, {"token_id", out(5)}, {"created", true}})}));
-    world.cache_body(out(5), "application/bsv-20",
-                     sandbox::deploy_mint_body("NINE", "9", 0, "", "Nine Coin"));
-    world.add_spend(5, 0, 6);
-    world.indexer_up = false;
-    EXPECT_TRUE(sweep().rows.empty());
-    ASSERT_EQ(world.owned().size(), 1U) << "the right to the token hangs on it";
-    EXPECT_EQ(world.owned()[0]["created"], true);
 }
 
 TEST(OrdinalListing, JunkIsHiddenForGood) {
@@ -176,28 +142,6 @@ TEST(OrdinalListing, AnAddressThatDoesNotAnswerHasNotLostItsTokens) {
     EXPECT_EQ(world.spend_checks(1, 0), 1U) << "but not against its own answer";
 }
 
-TEST(OrdinalListing, ABetterNameComesFromTheIndexer) {
-    struct Case {
-        std::string known, answer, name;
-        bool named;
-    };
-    for (const Case& c :
-         {Case{"TICK", R"("name":"The Whole Name")", "The Whole Name", true},
-          Case{"TICK", R"("name":"TOCK")", "TICK", false}, Case{"", R"("sym":"TOCK")", "TOCK", false},
-          Case{"A whole name", R"("name":"The Whole Name")", "A whole name", true}}) {
-        SweepWorld world(Json::array({owned_row(
-            out(1),
-            {{"type", "application/bsv-20"}, {"amt", "4"}, {"token_id", out(8)}, {"name", c.known}})}));
-        world.server.on("GET", "/api/bsv20/id/" + out(8), "{" + c.answer + R"(,"icon":"i"})");
-        const Swept swept = sweep();
-        ASSERT_EQ(swept.rows.size(), 1U) << c.answer;
-        EXPECT_EQ(swept.rows[0].name, c.name) << c.answer;
-        EXPECT_EQ(swept.rows[0].named, c.named) << c.answer;
-        EXPECT_EQ(world.owned()[0]["icon"], "i") << c.answer;
-        EXPECT_EQ(world.owned()[0]["name"], c.name) << c.answer;
-    }
-}
-
 TEST(OrdinalListing, WhatASwitchedWalletLeavesBehind) {
     SweepWorld world;
     world.list_token(world.address, 1, 0, out(8), "5");
@@ -214,23 +158,21 @@ TEST(OrdinalListing, WhatASwitchedWalletLeavesBehind) {
     EXPECT_EQ(sweep().error, "error: no Clasp wallet.");
 }
 
-TEST(OrdinalListing, APaymentDuringTheSweepKeepsTheOldSnapshot) {
-    SweepWorld world(Json::array({owned_row(out(1), {{"type", "text/plain"}, {"name", "A whole name"}})}));
-    world.during = [] { qv_clasp_raise_generation(); };
-    EXPECT_EQ(sweep().rows.size(), 1U);
-    EXPECT_TRUE(world.snapshot().is_null());
-    sweep();
-    EXPECT_EQ(world.snapshot()["lots"].size(), 1U);
-}
-
-TEST(OrdinalListing, TheWalletIsFreeWhileServicesAreAsked) {
-    SweepWorld world(Json::array({owned_row(out(1), {{"type", "application/bsv-20"}, {"amt", "4"}})}));
-    bool always_free = true;
-    world.server.on_any([&](const ScriptedRequest& request, ScriptedAnswer& answer) {
-        const auto taken = std::async(std::launch::async, [] { qv_clasp_lock_wallet(); });
-        if (taken.wait_for(std::chrono::seconds(5)) != std::future_status::ready) always_free = false;
-        return world.answer_listing(request.path, answer);
-    });
-    EXPECT_EQ(sweep().rows.size(), 1U);
-    EXPECT_TRUE(always_free);
+TEST(OrdinalListing, ASilentIndexerIsBridgedByTheLastSnapshot) {
+    SweepWorld world(Json::array({owned_row(out(3), {{"hidden", true}, {"type", "image/png"}})}));
+    const auto lot = [](unsigned tx) {
+        return Json{{"origin", out(tx)},
+                    {"txid", tx_number(tx)},
+                    {"vout", 0},
+                    {"type", "image/png"},
+                    {"name", "One"}};
+    };
+    world.home.write("/ord_snap/" + ONE_WALLET_ID + ".json", Json{{"lots", {lot(2), lot(3)}}});
+    EXPECT_TRUE(sweep().rows.empty()) << "an indexer that answers is believed";
+    world.home.write("/ord_snap/" + ONE_WALLET_ID + ".json", Json{{"lots", {lot(2), lot(3)}}});
+    world.indexer_up = false;
+    const Swept swept = sweep();
+    EXPECT_EQ(swept.error, "");
+    EXPECT_EQ(swept.origins(), Origins{out(2)}) << "but what is hidden";
+    EXPECT_EQ(world.snapshot()["lots"].size(), 1U) << "and it stays for the next time";
 }

@@ -5,30 +5,6 @@
 #include "tests/index/token_world.h"
 #include "tests/support/hostile_json.h"
 
-TEST(OrdinalSnapshot, WhatIsSavedIsReadBack) {
-    const TestHome home;
-    OrdSnapshot saved;
-    LocalOrd lot;
-    lot.origin = out(1, 2);
-    lot.txid = tx_number(5);
-    lot.vout = 7;
-    lot.name = "Ñame";
-    saved.lots = {lot};
-    saved.txids = {tx_number(5)};
-    saved.token_ids = {out(8)};
-    qv_clasp_ord_snap_save("w1", saved);
-    OrdSnapshot read;
-    ASSERT_TRUE(qv_clasp_ord_snap_load("w1", read));
-    ASSERT_EQ(read.lots.size(), 1U);
-    EXPECT_EQ(read.lots[0].origin + read.lots[0].txid, lot.origin + lot.txid);
-    EXPECT_EQ(read.lots[0].vout, 7);
-    EXPECT_EQ(read.lots[0].name, lot.name);
-    EXPECT_EQ(read.txids, saved.txids);
-    EXPECT_EQ(read.token_ids, saved.token_ids);
-    EXPECT_FALSE(qv_clasp_ord_snap_load("w2", read)) << "another wallet has its own";
-    EXPECT_TRUE(read.lots.empty());
-}
-
 TEST(OrdinalSnapshot, HowAFileIsRead) {
     const TestHome home;
     const Json odd = {{"lots",

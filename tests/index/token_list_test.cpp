@@ -65,19 +65,3 @@ TEST(TokenList, OwnLotsComeFromASnapshotOfEachToken) {
               (Rows{out(0x30) + "|Same name||", out(0x31) + "|Same name|70|", out(1) + "|Sold Out||minted"}))
         << "no snapshot, a reserve, and a mint that is sold out";
 }
-
-TEST(TokenList, ASweepThatFailsLeavesWhatIsRemembered) {
-    SweepWorld world(Json::array({owned_row(out(1), {{"type", "application/bsv-20"}, {"amt", "5"}})}));
-    world.cache_body(out(1), "application/bsv-20", transfer(out(8), "5"));
-    world.indexer_up = false;
-    EXPECT_EQ(list_tokens(true).rows, Rows{out(8) + "|00000000...0008_0||"});
-}
-
-TEST(TokenList, WithoutAWalletThereIsNone) {
-    TestHome home;
-    start_program_in(home);
-    EXPECT_EQ(list_tokens(true).error, "error: connect a Clasp wallet first.");
-    EXPECT_EQ(list_tokens(true).rows, Rows{});
-    bind_one_wallet(home, Json{{"priv", std::string(63, '0') + "1"}});
-    EXPECT_EQ(list_tokens(false).error, "error: connect a Clasp wallet first.") << "a bare key";
-}

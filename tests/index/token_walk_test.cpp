@@ -115,32 +115,3 @@ TEST(TokenWalk, StopsAfter256PopsAndTheOwnedWalkAfter48) {
     EXPECT_EQ(world.server.count("GET", TokenWorld::spent_path(256, 0)), 1U);
     EXPECT_EQ(world.server.count("GET", TokenWorld::spent_path(257, 0)), 0U);
 }
-
-TEST(TokenWalk, AWalletSwitchEndsItWithinOneStep) {
-    TokenWorld world;
-    add_small_token(world);
-    EXPECT_EQ(walk(out(1), qv_clasp_generation() + 1), Holdings{});
-    EXPECT_EQ(world.server.requests().size(), 0U);
-    world.server.on_any([](const ScriptedRequest& request, ScriptedAnswer&) {
-        if (request.path == TokenWorld::spent_path(1, 0)) qv_clasp_raise_generation();
-        return false;
-    });
-    EXPECT_EQ(walk(out(1), qv_clasp_generation()), Holdings{});
-    EXPECT_EQ(world.server.count("GET", TokenWorld::spent_path(2, 0)), 0U);
-}
-
-TEST(TokenWalk, TheOwnedWalkFindsWatchedOutputsOnly) {
-    TokenWorld world;
-    add_small_token(world);
-    std::vector<LocalOrd> found;
-    qv_clasp_trace_owned(out(3, 1), {person(1), "no address"}, found, false, 0);
-    EXPECT_TRUE(found.empty()) << "without climbing only what follows is seen";
-    qv_clasp_trace_owned(out(3, 1), {person(1), "no address"}, found, true, 0);
-    ASSERT_EQ(found.size(), 1U);
-    EXPECT_EQ(found[0].origin, out(2));
-    EXPECT_EQ(found[0].type, "application/bsv-20");
-    EXPECT_EQ(found[0].address, person(1));
-    EXPECT_EQ(found[0].amt, "300");
-    EXPECT_EQ(found[0].token_id, out(1));
-    EXPECT_FALSE(found[0].created) << "what was found was not made here";
-}

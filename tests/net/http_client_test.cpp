@@ -168,28 +168,6 @@ TEST(HttpClient, ATransportFailureIsToldInCurlsWordsAndNotRepeated) {
     EXPECT_FALSE(world.error.empty());
 }
 
-TEST(HttpClient, AGetWaitsAtLeastTwoSecondsAndAPostAsLongAsTold) {
-    HttpWorld world;
-    world.server.otherwise({.status = 200, .body = "late", .delay_ms = 1050});
-    EXPECT_TRUE(qv_clasp_http_get(world.url("/x"), world.body, world.error, 0)) << world.error;
-    EXPECT_TRUE(qv_clasp_http_post_json(world.url("/x"), "{}", world.body, world.error, 0, 1)) << world.error;
-    EXPECT_FALSE(qv_clasp_http_post_json(world.url("/x"), "{}", world.body, world.error, 1, 3));
-    EXPECT_EQ(curl_easy_strerror(CURLE_OPERATION_TIMEDOUT), world.error);
-    EXPECT_EQ(2U, world.server.count("POST"));
-}
-
-TEST(HttpGetPlain, TellsTheStatusAloneAndNeverTriesAgain) {
-    HttpWorld world;
-    for (const int status : {302, 404, 429, 500}) {
-        world.server.clear_requests();
-        world.server.on("GET", "/x", "some words", status);
-        EXPECT_FALSE(qv_clasp_http_get_plain(world.url("/x"), world.body, world.error)) << status;
-        EXPECT_EQ("HTTP " + std::to_string(status), world.error);
-        EXPECT_EQ("some words", world.body);
-        EXPECT_EQ(1U, world.server.count("GET"));
-    }
-}
-
 TEST(HttpClient, CertificatesAreCheckedExceptByThePlainGetOnThisMachine) {
     const ScriptedServer server(ScriptedServer::Transport::Tls);
     HttpWorld world;
@@ -250,26 +228,6 @@ TEST(HomeHostPin, NamesBothHostsOnPort443ForEveryUrlThatHoldsTheName) {
     home.use_settings(pinned);
     EXPECT_EQ(nullptr, qv_clasp_http_pin_home_host(handle, "https://family.invalid/x"));
     curl_easy_cleanup(handle);
-}
-
-TEST(HttpErrorText, ShowsAShortExcerptAndNeverAPage) {
-    struct Case {
-        long status;
-        std::string body, text;
-    };
-    const std::string letters(300, 'a');
-    const std::vector<Case> cases = {
-        {429, "<html>", THROTTLED},
-        {500, "", "HTTP 500"},
-        {500, "two words\r\n \n", "HTTP 500 – two words"},
-        {500, " \n\r", "HTTP 500 – "},
-        {400, letters, "HTTP 400 – " + letters.substr(0, 120)},
-        {400, std::string(119, 'a') + "é", "HTTP 400 – " + std::string(119, 'a') + "\xC3"},
-        {503, "x <html lang>", "HTTP 503"},
-        {503, "\n<!DOCTYPE html>", "HTTP 503"},
-        {503, "<Html>", "HTTP 503 – <Html>"},
-    };
-    for (const Case& c : cases) EXPECT_EQ(c.text, qv_clasp_http_error_text(c.status, c.body)) << c.body;
 }
 
 }  // namespace

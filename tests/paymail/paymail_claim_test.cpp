@@ -47,12 +47,6 @@ struct ClaimWorld {
     }
 };
 
-Json document_named(const std::string& paymail) {
-    Json document = one_wallet_document();
-    document["paymail"] = paymail;
-    return document;
-}
-
 }  // namespace
 
 TEST(PaymailClaim, TheMessageAndTheBodyToTheByte) {
@@ -173,46 +167,13 @@ TEST(PaymailClaim, AWalletWithoutANameAdoptsOneFromTheRegistry) {
               std::vector<std::string>{"[QV-CLASP]\x1fpaymail\x1fzoe@" + settings().home_domain});
 }
 
-TEST(PaymailClaim, AWalletWithANameTellsTheRegistry) {
-    ClaimWorld world(document_named("@Eve@" + settings().home_domain));
-    const std::string before = world.home.read(ONE_WALLET_PATH);
-    world.sync();
-    EXPECT_EQ(qv_clasp_session().paymail, "eve");
-    EXPECT_EQ(json_text(world.registry(), "self"), "eve");
-    EXPECT_EQ(json_text(world.registry()["names"]["eve"], "pubkey"), identity_pub());
-    EXPECT_EQ(world.home.read(ONE_WALLET_PATH), before) << "the document had the name already";
-    EXPECT_TRUE(world.events.empty());
-}
-
 TEST(PaymailClaim, ANameThatSomeoneElseHoldsHereStaysTheirsAndTheWallets) {
-    ClaimWorld world(document_named("eve"));
+    Json document = one_wallet_document();
+    document["paymail"] = "eve";
+    ClaimWorld world(document);
     world.write_names({{"eve", {{"pubkey", "02ff"}, {"address", "1Other"}}}});
     world.sync();
     EXPECT_EQ(qv_clasp_session().paymail, "eve");
     EXPECT_EQ(world.registry()["names"]["eve"]["pubkey"], "02ff");
     EXPECT_EQ(world.registry()["names"]["eve"]["address"], "1Other");
-}
-
-TEST(PaymailClaim, TheRoleOfTheHost) {
-    ClaimWorld world;
-    const std::string path = "/api/paymail/quota/" + identity_pub();
-    struct Case {
-        const char* what;
-        ScriptedAnswer answer;
-        std::string role;  // what the registry holds afterwards; "dev" before
-    };
-    const Case cases[] = {
-        {"in capitals", {.body = R"({"role":"Architect"})"}, "architect"},
-        {"not a role", {.body = R"({"role":"root"})"}, ""},
-        {"no role", {.body = "{}"}, ""},
-        {"a role of another type", {.body = R"({"role":1})"}, "dev"},
-        {"an array", {.body = R"(["architect"])"}, "dev"},
-        {"refused", {.status = 500, .body = R"({"role":"architect"})"}, "dev"},
-    };
-    for (const Case& c : cases) {
-        qv_clasp_registry_set_role("dev");
-        world.host.on("GET", path, {c.answer});
-        qv_clasp_fetch_role();
-        EXPECT_EQ(json_text(world.registry(), "host_role"), c.role) << c.what;
-    }
 }

@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <future>
-
 #include "tests/support/one_wallet.h"
 #include "tests/support/scripted_server.h"
 
@@ -112,16 +109,6 @@ TEST(PaymailResolve, WithoutAUsableAnswerTheLocalResolverIsAsked) {
     }
 }
 
-TEST(PaymailResolve, WhenNobodyKnowsTheNameTheErrorNamesIt) {
-    Directory directory;
-    directory.host.otherwise({.status = 503, .body = "busy"});
-    std::string error;
-    EXPECT_EQ(qv_clasp_resolve_alias("eve", error), "");
-    EXPECT_EQ(error, "could not resolve eve@" + settings().home_domain);
-    EXPECT_EQ(directory.host.count("GET"), 1U);
-    EXPECT_EQ(directory.resolver.count("GET"), 1U);
-}
-
 // "eve?x" must never be paid to the address of "eve".
 TEST(PaymailResolve, ANameIsOnePieceOfThePath) {
     Directory directory;
@@ -136,29 +123,6 @@ TEST(PaymailResolve, ANameIsOnePieceOfThePath) {
     EXPECT_EQ(paths,
               (std::vector<std::string>{root + "eve%3Fx" + domain, root + "eve%23x" + domain,
                                         root + "eve%2F..%2Fbob" + domain, root + "e%20v%C3%A9" + domain}));
-}
-
-TEST(PaymailResolve, TheWalletIsFreeWhileTheHostIsAsked) {
-    Directory directory;
-    bool was_free = false;
-    directory.host.on_any([&](const ScriptedRequest&, ScriptedAnswer& answer) {
-        // The mutex is recursive, so only another thread can tell.
-        const auto taken = std::async(std::launch::async, [] { qv_clasp_lock_wallet(); });
-        was_free = taken.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
-        answer.body = R"({"address":")" + ALICE + R"("})";
-        return true;
-    });
-    WalletLock lock = qv_clasp_lock_wallet();
-    std::string error;
-    EXPECT_EQ(qv_clasp_resolve_dest(lock, "eve", error), ALICE);
-    EXPECT_TRUE(was_free);
-    ASSERT_TRUE(lock.owns_lock());
-    // What needs no network does not give the wallet up, and asks nobody.
-    directory.host.clear_requests();
-    EXPECT_EQ(qv_clasp_resolve_dest(lock, "carol", error), BOB);
-    EXPECT_EQ(qv_clasp_resolve_dest(lock, "eve@elsewhere.example", error), "");
-    EXPECT_NE(error, "");
-    EXPECT_EQ(directory.requests(), 0U);
 }
 
 TEST(PaymailResolve, AnAddressIsLookedUpAtTheHost) {

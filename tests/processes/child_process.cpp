@@ -7,23 +7,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "base/json_file.h"
-
-static Json endpoints_json(const Settings& settings) {
-    return {{"woc_base", settings.woc_base},
-            {"ordinals_api_base", settings.ordinals_api_base},
-            {"ordinals_content_base", settings.ordinals_content_base},
-            {"arc_tx_endpoint", settings.arc_tx_endpoint},
-            {"home_host", settings.home_host},
-            {"home_domain", settings.home_domain},
-            {"tls_ca_file", settings.tls_ca_file},
-            {"local_resolver_port", settings.local_resolver_port}};
-}
+#include "tests/support/program_settings.h"
 
 ChildProcess::ChildProcess(const TestHome& home, const Settings& endpoints, const std::string& name)
     : log_path_(home.folder() + "/" + name + ".log") {
     const std::string settings_path = home.folder() + "/" + name + ".settings.json";
-    EXPECT_TRUE(write_text_file(settings_path, dump_json(endpoints_json(endpoints), 2)));
+    EXPECT_TRUE(write_program_settings(settings_path, endpoints));
     const std::string instance = home.folder() + "/" + name;
     int to[2];
     int from[2];

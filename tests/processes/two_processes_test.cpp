@@ -106,15 +106,6 @@ TEST_F(TwoProcesses, LoseAndTearNothingWhileBothBindAndWrite) {
     EXPECT_GT(looks, STEPS);
 }
 
-TEST_F(TwoProcesses, LetTheLastWriterOfOneDocumentWin) {
-    for (ChildProcess* process : {first.get(), second.get()}) ASSERT_EQ(process->ask("bind w1"), "w1");
-    EXPECT_EQ(first->ask("remember a_0"), "saved");
-    // The second reads what the first has written, and then the first does not look again.
-    EXPECT_EQ(second->ask("remember b_0"), "saved");
-    EXPECT_EQ(first->ask("remember c_0"), "saved");
-    EXPECT_EQ(second->ask("remembered"), "2") << "the first had a_0 in memory, and wrote it with c_0";
-}
-
 TEST_F(TwoProcesses, WaitForTheRegistryUntilItsHolderIsKilled) {
     ASSERT_EQ(second->ask("bind w2"), "w2");
     ASSERT_EQ(first->ask("hold"), "held");

@@ -39,11 +39,3 @@ TEST(PageVersion, OnlyTheEndOfALongPageCounts) {
     EXPECT_EQ(parse_page_version("version 0.003" + std::string(30'000, 'x')), -1);
     EXPECT_EQ(parse_page_version(std::string(30'000, 'x') + "version 0.003"), 3);
 }
-
-TEST(PageVersion, ACountIsWrittenInUnits) {
-    EXPECT_EQ(format_version(2), "0.002");
-    EXPECT_EQ(format_version(12'345), "12.345");
-    EXPECT_EQ(format_version(-1), "0.002");
-    EXPECT_FALSE(is_update(2));
-    EXPECT_TRUE(is_update(3));
-}

@@ -22,13 +22,6 @@ using HolderNotes = NotesTest;
 
 }  // namespace
 
-TEST_F(HolderNotes, AKeyIsTheFirstOfIdentityNameAndAddress) {
-    EXPECT_EQ(note_key("02ab", "alice", "1a"), "p:02ab");
-    EXPECT_EQ(note_key("", "alice", "1a"), "n:alice");
-    EXPECT_EQ(note_key("", "", "1a"), "a:1a");
-    EXPECT_EQ(note_key("", "", ""), "");
-}
-
 TEST_F(HolderNotes, ANoteIsWrittenReplacedAndDeleted) {
     write_note("tok_0", "n:alice", "alice", "12", " \tfirst\r\nline\x01\n ");
     EXPECT_EQ(
@@ -83,13 +76,4 @@ TEST_F(HolderNotes, OtherKeysStayAndWhatIsNoEntryGoes) {
         write_note("tok_0", "n:bob", "bob", "", "again");
         EXPECT_EQ(note("tok_0", "n:bob"), "again") << broken;
     }
-}
-
-TEST_F(HolderNotes, TheTextsAroundANote) {
-    EXPECT_EQ(note_heading("alice", "12", true),
-              "alice  \xc3\x82\xc2\xb7  12 lots  \xc3\x82\xc2\xb7  excluded");
-    EXPECT_EQ(note_heading("alice", "", false), "alice");
-    EXPECT_EQ(NOTE_MARK, std::string("  \xc3\x82\xc2\xb7 note"));
-    EXPECT_EQ(note_written_text("alice", " x"), "Note saved for alice.");
-    EXPECT_EQ(note_written_text("alice", " \n"), "Note cleared for alice.");
 }

@@ -90,19 +90,3 @@ TEST(LedgerText, OnlyATextThatWritingGivesBackIsWalked) {
         }
     }
 }
-
-TEST(LedgerText, APlainRowGivesItsValues) {
-    std::vector<LedgerRowText> rows;
-    const std::string text = ledger_of(changed("546", "-7") + "," + changed("\"alice\"", "\"a\\\\\""));
-    ASSERT_TRUE(walk_ledger_text(text, [&](const LedgerRowText& row) { rows.push_back(row); }));
-    EXPECT_TRUE(rows[0].plain);
-    EXPECT_EQ(rows[0].dest, "1alice");
-    EXPECT_EQ(rows[0].kind, "payout");
-    EXPECT_EQ(rows[0].name, "alice");
-    EXPECT_EQ(rows[0].token_id, "tok_0");
-    EXPECT_EQ(rows[0].token_name, "Meadow");
-    EXPECT_EQ(rows[0].txid, "ab12");
-    EXPECT_EQ(rows[0].sats, -7);
-    EXPECT_EQ(rows[0].unix, 1790000000);
-    EXPECT_FALSE(rows[1].plain);
-}

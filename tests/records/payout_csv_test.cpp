@@ -40,11 +40,3 @@ TEST(PayoutCsv, TheFileByteForByte) {
     EXPECT_FALSE(write_payout_csv(home.root() + "/no/folder/out.csv", rows, names, text));
     EXPECT_EQ(text, "Could not write that file.");
 }
-
-TEST(PayoutCsv, TheQuestionKnowsOneRowAndTheLastMessageDoesNot) {
-    EXPECT_EQ(export_question(1),
-              "Export 1 payout row currently listed (this token / range) to a CSV file?\n\nThis is the local "
-              "payout log, not a chain oracle.");
-    EXPECT_EQ(export_question(2).substr(0, 21), "Export 2 payout rows ");
-    EXPECT_EQ(exported_text(1), "Saved 1 rows.");
-}

@@ -44,27 +44,6 @@ TEST(PayoutHistory, RowsComeNewestFirstAndTakeAKnownTokenName) {
     EXPECT_TRUE(load_payouts(NO_NAMES).empty());
 }
 
-TEST(PayoutHistory, ATokenHasAShortName) {
-    const TokenNames names = {{"id", "Known"}};
-    EXPECT_EQ(token_label("id", "Given", names), "Given");
-    EXPECT_EQ(token_label("id", "", names), "Known");
-    EXPECT_EQ(token_label("", "", names), "token");
-    EXPECT_EQ(token_label("123456789012345", "", names), "123456789012345");
-    EXPECT_EQ(token_label("1234567890123456", "", names), "12345678...123456");
-    EXPECT_EQ(short_txid("1234567890123456"), "1234567890123456");
-    EXPECT_EQ(short_txid("12345678901234567"), "12345678...234567");
-}
-
-TEST(PayoutHistory, TheTokenFilterListsWhatWasPaidOn) {
-    std::vector<PayoutRow> rows = {paid(9, 1, "tok_1"),          paid(8, 1, "app_fee"), paid(7, 1, ""),
-                                   paid(6, 1, "fee", "app_fee"), paid(5, 1, "tok_0"),   paid(4, 1, "tok_1")};
-    rows[5].token_name = "Late name";
-    std::string seen;
-    for (const TokenChoice& choice : history_tokens(rows, {{"tok_0", "Meadow"}, {"tok_1", "Not this"}}))
-        seen += choice.token_id + "=" + choice.label + " ";
-    EXPECT_EQ(seen, "tok_1=Late name tok_0=Meadow ");
-}
-
 TEST(PayoutHistory, ARangeShowsRowsUpToItsEdge) {
     for (const HistoryRange& range : HISTORY_RANGES) {
         SCOPED_TRACE(range.label);
@@ -79,16 +58,6 @@ TEST(PayoutHistory, ARangeShowsRowsUpToItsEdge) {
         EXPECT_EQ(view.buckets.back(), 3) << "now and later";
         EXPECT_EQ(view.axis_labels.back(), payout_time_text(NOW));
     }
-}
-
-TEST(PayoutHistory, FeesAndOtherTokensAreLeftOut) {
-    const std::vector<PayoutRow> rows = {paid(NOW, 1), paid(NOW, 2, "tok_1"), paid(NOW, 4, "app_fee"),
-                                         paid(NOW, 8, "tok_0", "app_fee"), paid(NOW, 16, "", "")};
-    EXPECT_EQ(payouts_line(history_view(rows, "", HISTORY_RANGES[ALL_TIME], NOW)),
-              "Payouts: 3    Total: 0.00000019 BSV");
-    EXPECT_EQ(payouts_line(history_view(rows, "tok_1", HISTORY_RANGES[0], NOW)),
-              "Payouts: 1    Total: 0.00000002 BSV");
-    EXPECT_EQ(fees_line(1000000), "Total fees paid: 0.01000000 BSV");
 }
 
 TEST(PayoutHistory, AllTimeBeginsAtTheOldestRowButSpansAnHour) {

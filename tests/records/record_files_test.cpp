@@ -19,15 +19,3 @@ TEST(RecordFiles, TheWalletKeyIsASafeFileName) {
         EXPECT_EQ(record_wallet_key(), key) << wallet_id;
     }
 }
-
-TEST(RecordFiles, PathsFollowTheBoundWalletAndTheFolderIsMade) {
-    const TestHome home;
-    qv_clasp_set_active_wallet_id("");
-    EXPECT_EQ(ledger_file_path(), home.root() + "/bursaria/none_paid.json");
-    EXPECT_TRUE(file_exists(home.root() + "/bursaria"));
-    qv_clasp_set_active_wallet_id("w7");
-    EXPECT_EQ(ledger_file_path(), home.root() + "/bursaria/w7_paid.json");
-    EXPECT_EQ(notes_file_path(), home.root() + "/bursaria/w7_holder_notes.json");
-    EXPECT_EQ(vaults_file_path(), home.root() + "/bursaria/w7_vaults.json");
-    EXPECT_EQ(settings_file_path(), home.root() + "/bursaria/ui.json");
-}

@@ -78,21 +78,6 @@ TEST(Vaults, SavingReplacesTheVaultOfTheSameName) {
     EXPECT_EQ(vaults[2].addresses, (Texts{A}));
 }
 
-TEST(Vaults, AddingEndsAtABadPieceAndKeepsThoseBeforeItInMemory) {
-    std::vector<Vault> vaults = {{"one", {A}}};
-    const auto add = [&vaults](const std::string& pasted, std::size_t selected = 0) {
-        const VaultEdit edit = add_vault_addresses(vaults, selected, pasted);
-        return std::string(edit.changed ? "+" : "-") + edit.text;
-    };
-    EXPECT_EQ(add(B, NO_VAULT), "-Pick a vault first, or Create Vault.");
-    EXPECT_EQ(add(" "), "-Paste a 1... payment longcode to add.");
-    EXPECT_EQ(add(A), "-That address is already on this vault.");
-    EXPECT_EQ(add(B + " bad " + C), "-Not a payment longcode: bad");
-    EXPECT_EQ(vaults[0].addresses, (Texts{A, B}));
-    EXPECT_EQ(add(A + "," + C), "+Address added. Watch-only - BA will not spend it.");
-    EXPECT_EQ(vaults[0].addresses, (Texts{A, B, C}));
-}
-
 TEST(Vaults, TheValueIsTheSumOfAllAddressesOrTheFirstFailure) {
     Texts asked;
     const AddressReader read = [&asked](const std::string& address, std::vector<std::int64_t>& sats,

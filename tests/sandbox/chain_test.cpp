@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <functional>
-#include <thread>
 
 #include "base/hex.h"
 #include "sandbox/byte_io.h"
@@ -132,48 +130,6 @@ TEST(SandboxChain, HonestPaymentsAreTaken) {
     });
 }
 
-TEST(SandboxChain, BytesAndFormsThatAreNoTransactionAreRefused) {
-    const Bytes endless{1, 0, 0, 0, 255, 255, 255, 255, 255, 255, 255, 255, 255};
-    expect_verdicts({
-        {"cut short", "TX decode failed", [](Bench& b) { b.sign().pop_back(); }},
-        {"a byte too many", "TX decode failed", [](Bench& b) { b.sign().push_back(0); }},
-        {"a count in a longer form", "TX decode failed",
-         [](Bench& b) {
-             b.sign()[4] = 253;
-             b.raw.insert(b.raw.begin() + 5, {1, 0});
-         }},
-        {"a count beyond the bytes", "TX decode failed", [&](Bench& b) { b.raw = endless; }},
-        {"no inputs", "bad-txns-vin-empty",
-         [](Bench& b) {
-             b.tx.inputs.clear();
-             b.without_signing();
-         }},
-        {"no outputs", "bad-txns-vout-empty", [](Bench& b) { b.tx.outputs.clear(); }},
-        {"money out of nothing", "coinbase",
-         [](Bench& b) {
-             b.tx.coinbase = {1, 2, 3};
-             b.without_signing();
-         }},
-        {"an input that is none", "bad-txns-prevout-null",
-         [](Bench& b) { b.tx.inputs[0].txid = std::string(64, '0'); }},
-        {"an unknown version", "version", [](Bench& b) { b.tx.version = 3; }},
-        {"a lock time to come", "non-final",
-         [](Bench& b) {
-             b.tx.lock_time = 900'000;
-             b.tx.inputs[0].sequence = 0;
-         }},
-        {"too many bytes", "tx-size",
-         [](Bench& b) {
-             b.tx.outputs.push_back({0, Bytes(MAX_TRANSACTION_SIZE, 0)});
-         }},
-        {"one coin twice", "bad-txns-inputs-duplicate",
-         [](Bench& b) {
-             b.spent.push_back(b.spent[0]);
-             add_input(b.tx, b.spent[0].coin);
-         }},
-    });
-}
-
 TEST(SandboxChain, MoneyThatDoesNotAddUpIsRefused) {
     expect_verdicts({
         {"a satoshi more than came in", "bad-txns-in-belowout",
@@ -271,57 +227,6 @@ TEST(SandboxChain, SignaturesThatDoNotHoldAreRefused) {
          }},
         {"a script of another kind", "bad-txns-nonstandard-inputs", [](Bench& b) { b.coin({0x51}); }},
     });
-}
-
-TEST(SandboxChain, ChangeCanBeSpentBeforeItIsMinedAndIsForgottenWithItsSource) {
-    Bench bench;
-    const Bytes own_script = p2pkh_script(bench.key.hash160);
-    bench.tx.outputs = {{50'000, p2pkh_script(bench.stranger.hash160)}, {49'000, own_script}};
-    bench.sign();
-    const Transaction first = bench.tx;
-    ASSERT_TRUE(bench.chain.submit(first.raw).accepted);
-    Transaction second;
-    const Coin change{first.txid, 1, 49'000, own_script, 0};
-    add_input(second, change);
-    second.outputs = {{48'000, p2pkh_script(bench.stranger.hash160)}};
-    sign_transaction(second, {{change, bench.key}});
-    ASSERT_TRUE(bench.chain.submit(second.raw).accepted);
-    EXPECT_EQ(bench.chain.spender(first.txid, 1), second.txid);
-    EXPECT_EQ(bench.chain.unspent(bench.stranger.address).size(), 2U);
-    EXPECT_TRUE(bench.chain.unspent(bench.key.address).empty());
-    EXPECT_EQ(bench.chain.history(bench.key.address).size(), 3U);
-
-    ASSERT_TRUE(bench.chain.drop(first.txid));
-    EXPECT_FALSE(bench.chain.find(second.txid).has_value());
-    EXPECT_TRUE(bench.chain.unspent(bench.stranger.address).empty());
-    ASSERT_EQ(bench.chain.unspent(bench.key.address).size(), 1U);
-    EXPECT_EQ(bench.chain.unspent(bench.key.address)[0].sats, COIN_SATS);
-    EXPECT_EQ(bench.chain.history(bench.key.address).size(), 1U);
-
-    EXPECT_TRUE(bench.chain.submit(first.raw).accepted);
-    EXPECT_EQ(bench.chain.find(first.txid)->height, 0);
-    const int height = bench.chain.mine();
-    EXPECT_EQ(bench.chain.find(first.txid)->height, height);
-    EXPECT_FALSE(bench.chain.drop(first.txid)) << "what is in a block stays";
-}
-
-TEST(SandboxChain, OfManyRivalsForOneCoinOneWins) {
-    Bench bench;
-    std::vector<Bytes> rivals;
-    for (std::int64_t i = 0; i < 8; ++i) {
-        bench.tx.outputs[0].sats = COIN_SATS - 1'000 - i;
-        rivals.push_back(bench.sign());
-    }
-    std::atomic<int> taken{0};
-    std::vector<std::thread> threads;
-    for (const Bytes& raw : rivals) {
-        threads.emplace_back([&] {
-            if (bench.chain.submit(raw).accepted) ++taken;
-            bench.chain.unspent(bench.stranger.address);
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(taken, 1);
 }
 
 }  // namespace

@@ -1,8 +1,5 @@
 #include "sandbox/faults.h"
 
-#include <chrono>
-#include <tuple>
-
 #include "sandbox/service_reply.h"
 #include "tests/sandbox/service_client.h"
 
@@ -10,56 +7,6 @@ namespace {
 
 using namespace sandbox;
 using service_client::Answer;
-
-TEST(Faults, AreTakenInTheOrderOfTheirArrivalAndAsOftenAsWasSaid) {
-    Faults faults;
-    faults.set("woc", {"429", "", 2});
-    faults.set("woc", {"html500", "", 1});
-    faults.set("arc", {"down", "", -1});
-    std::string taken;
-    for (int i = 0; i < 4; ++i) {
-        const auto fault = faults.take("woc", "GET /x");
-        taken += fault ? fault->failure + " " : "none ";
-    }
-    EXPECT_EQ(taken, "429 429 html500 none ");
-    for (int i = 0; i < 50; ++i) ASSERT_TRUE(faults.take("arc", "GET /x")) << i;
-    faults.clear();
-    EXPECT_FALSE(faults.take("arc", "GET /x"));
-}
-
-TEST(Faults, ConcernOnlyTheRequestsThatTheyName) {
-    struct Case {
-        const char* name;
-        Fault fault;
-        const char *service, *request;
-        bool taken;
-    };
-    const Case cases[] = {
-        {"another service", {"down", ""}, "arc", "GET /v1/x", false},
-        {"a part of the path", {"down", "/hex"}, "woc", "GET /tx/ab/hex", true},
-        {"another path", {"down", "/hex"}, "woc", "GET /tx/ab", false},
-        {"the method as well", {"down", "POST /tx"}, "woc", "GET /tx", false},
-        {"a broadcast", {"conflict", ""}, "woc", "POST /v1/bsv/main/tx/raw", true},
-        {"a whole transaction that is read", {"conflict", ""}, "woc", "GET /tx/ab/raw", false},
-        {"balances", {"drop_after_accept", ""}, "woc", "POST /addresses/balance", false},
-        {"never", {"down", "", 0}, "woc", "GET /x", false},
-    };
-    for (const Case& c : cases) {
-        Faults faults;
-        faults.set("woc", c.fault);
-        EXPECT_EQ(faults.take(c.service, c.request).has_value(), c.taken) << c.name;
-    }
-}
-
-TEST(Faults, WrongTypesLeaveNoValueAsItWas) {
-    Json document;
-    ASSERT_TRUE(
-        parse_json(R"([{"tx_hash":"ab","value":5,"spent":false,"data":null,"more":{"a":[1]}}])", document));
-    Json expected;
-    ASSERT_TRUE(
-        parse_json(R"([{"tx_hash":2,"value":"5","spent":"false","data":[1],"more":[["1"]]}])", expected));
-    EXPECT_EQ(wrong_types(document), expected);
-}
 
 class ServiceFaults : public service_client::Started {};
 
@@ -121,61 +68,6 @@ TEST_F(ServiceFaults, OfABroadcastSpeakEachServicesOwnLanguage) {
         ASSERT_TRUE(answer.json().contains(Json::json_pointer(c.pointer))) << answer.body;
         EXPECT_EQ(answer.json()[Json::json_pointer(c.pointer)], c.value) << c.service << " " << c.failure;
     }
-}
-
-TEST_F(ServiceFaults, OfEveryServiceCanBeOrdered) {
-    const Ports& ports = box.ports();
-    const std::string address = key(1).address;
-    using service_client::Transport;
-    const std::tuple<const char*, int, std::string, Transport> cases[] = {
-        {"woc", ports.woc, "/v1/bsv/main/address/" + address + "/unspent", Transport::Plain},
-        {"ordinals", ports.ordinals, "/api/bsv20/" + address + "/unspent", Transport::Plain},
-        {"arc", ports.arc, "/v1/tx/" + std::string(64, '0'), Transport::Plain},
-        {"home", ports.home, "/api/paymail/address/" + address, Transport::Home},
-        {"resolver", ports.resolver, "/api/bsvalias/address/x", Transport::Resolver},
-        {"update", ports.control, "/download", Transport::Plain},
-    };
-    for (const auto& [service, port, path, transport] : cases) {
-        for (const auto& [failure, status] : {std::pair{"down", 0}, std::pair{"429", 429}}) {
-            const Json body{{"service", service}, {"failure", failure}, {"path", path}};
-            ASSERT_EQ(order("/sandbox/fault", body).status, 200) << service;
-            EXPECT_EQ(service_client::get(port, path, transport).status, status) << service;
-        }
-        EXPECT_NE(service_client::get(port, path, transport).status, 0) << service;
-    }
-}
-
-TEST_F(ServiceFaults, ASlowAnswerComesLateAndItsWorkIsDoneAtOnce) {
-    const Transaction tx = payment(money(key(1), 50'000), key(1), key(2));
-    box.faults().set("home", {"slow", "/oi/submit", 1, 600});
-    const auto start = std::chrono::steady_clock::now();
-    Answer answer;
-    std::thread sender([&] { answer = send("home", hex(tx)); });
-    while (!box.chain().find(tx.txid) &&
-           std::chrono::steady_clock::now() - start < std::chrono::seconds(30)) {
-        std::this_thread::yield();
-    }
-    EXPECT_TRUE(box.chain().find(tx.txid));
-    sender.join();
-    EXPECT_EQ(answer.json()["ok"], true);
-    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(600));
-}
-
-TEST_F(ServiceFaults, AnOrderThatMakesNoSenseIsRefused) {
-    const Json orders[] = {
-        {{"service", "moon"}, {"failure", "down"}},
-        {{"service", "woc"}, {"failure", "rain"}},
-        {{"service", "woc"}, {"failure", "down"}, {"times", 0}},
-        {{"service", "woc"}, {"failure", "slow"}, {"slow_ms", -5}},
-        Json::array(),
-    };
-    for (const Json& body : orders) EXPECT_EQ(order("/sandbox/fault", body).status, 400) << body;
-    const auto status = [&] { return woc("/address/" + key(1).address + "/unspent").status; };
-    EXPECT_EQ(status(), 200);
-    ASSERT_EQ(order("/sandbox/fault", {{"service", "woc"}, {"failure", "down"}, {"times", -1}}).status, 200);
-    EXPECT_EQ(status(), 0);
-    ASSERT_EQ(order("/sandbox/fault", {{"failure", "none"}}).status, 200);
-    EXPECT_EQ(status(), 200);
 }
 
 }  // namespace

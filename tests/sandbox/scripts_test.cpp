@@ -14,42 +14,6 @@ Bytes unhex(const std::string& text) {
     return qv_clasp_hex_decode(text);
 }
 
-void expect_read_as(const Json& row) {
-    const ReadScript read = read_script(unhex(json_text(row, "script")));
-    ASSERT_TRUE(read.inscribed) << dump_json(row, -1);
-    EXPECT_EQ(read.content_type, json_text(row, "contentType"));
-    EXPECT_EQ(qv_clasp_hex_encode(read.body), json_text(row, "bodyHex"));
-    ASSERT_TRUE(read.owner.has_value());
-    EXPECT_EQ(qv_clasp_hex_encode(*read.owner), json_text(row, "ownerHash160"));
-}
-
-TEST(SandboxScripts, BuildsWhatAnotherLibraryBuilds) {
-    std::size_t rows = 0;
-    for (const Json& row : test_rows("ordinals_scripts_built.json", "scripts")) {
-        if (!row.contains("bodyHex")) continue;
-        Hash160 owner{};
-        ASSERT_TRUE(hash160_of_address(json_text(row, "ownerAddress"), owner));
-        const Layout layout =
-            json_text(row, "layout") == "p2pkh-first" ? Layout::OwnerFirst : Layout::EnvelopeFirst;
-        const Bytes body = unhex(json_text(row, "bodyHex"));
-        EXPECT_EQ(qv_clasp_hex_encode(inscription_script(owner, json_text(row, "contentType"), body, layout)),
-                  json_text(row, "script"));
-        expect_read_as(row);
-        ++rows;
-    }
-    EXPECT_GE(rows, 15U);
-}
-
-TEST(SandboxScripts, ReadsPublishedScripts) {
-    for (const Json& row : test_rows("ordinals_scripts_published.json", "scripts")) {
-        const ReadScript read = read_script(unhex(json_text(row, "script")));
-        EXPECT_TRUE(read.inscribed) << row["source"];
-        EXPECT_EQ(read.content_type, json_text(row, "contentType"));
-        EXPECT_EQ(qv_clasp_hex_encode(read.body), json_text(row, "bodyHex"));
-        EXPECT_EQ(read.token.is_object(), row.contains("bsv20"));
-    }
-}
-
 struct Awkward {
     const char* name;
     std::string script;

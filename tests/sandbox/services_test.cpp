@@ -1,5 +1,4 @@
 #include <map>
-#include <set>
 #include <vector>
 
 #include "base/text.h"
@@ -115,72 +114,6 @@ TEST_F(Services, HaveTheFormsOfTheRecordedAnswers) {
     EXPECT_DOUBLE_EQ(tx["vout"][0]["value"].get<double>(), 0.000399);
 }
 
-// Every list of an address says the same whatever its form, and each form is met.
-TEST_F(Services, ListTheSameCoinsInEveryForm) {
-    using Coins = std::set<std::string>;
-    const auto named = [](const std::string& txid, std::int64_t vout, std::int64_t sats) {
-        return txid + ":" + std::to_string(vout) + "=" + std::to_string(sats);
-    };
-    std::set<std::string> forms;
-    for (std::uint8_t number = 1; number <= 40; ++number) {
-        const KeyPair owner = key(number);
-        money(owner, 10'000 + number);
-        ASSERT_EQ(send("woc", hex(payment(money(owner, 9'000), owner, owner))).status, 200);
-        const auto read = [&](const std::string& path) {
-            const Json document = woc("/address/" + owner.address + path).json();
-            forms.insert(path + (document.is_array() ? " bare" : " object"));
-            Coins coins;
-            for (const Json& row : document.is_array() ? document : document["result"]) {
-                if (json_bool(row, "isSpentInMempoolTx")) {
-                    forms.insert("spent in mempool");
-                    continue;
-                }
-                const char* txid = row.contains("tx_hash") ? "tx_hash" : "txid";
-                forms.insert(path + " " + txid);
-                const std::int64_t vout = json_int(row, "tx_pos", json_int(row, "vout"));
-                if (!coins.insert(named(json_text(row, txid), vout, json_int(row, "value"))).second)
-                    forms.insert("twice");
-            }
-            return coins;
-        };
-        Coins all;
-        Coins unmined;
-        for (const Coin& coin : box.chain().unspent(owner.address)) {
-            all.insert(named(coin.txid, coin.vout, coin.sats));
-            if (coin.height == 0) unmined.insert(named(coin.txid, coin.vout, coin.sats));
-        }
-        EXPECT_EQ(read("/unspent/all"), all) << owner.address;
-        EXPECT_EQ(read("/unspent"), all) << owner.address;
-        EXPECT_EQ(read("/unconfirmed/unspent"), unmined) << owner.address;
-        if (number % 4 != 0) continue;
-        box.chain().mine();
-        EXPECT_EQ(read("/unspent/all"), all) << owner.address;
-    }
-    for (const char* form :
-         {"/unspent bare", "/unspent object", "/unconfirmed/unspent tx_hash", "/unconfirmed/unspent txid",
-          "/unspent/all object", "spent in mempool", "twice"}) {
-        EXPECT_TRUE(forms.contains(form)) << form;
-    }
-}
-
-TEST_F(Services, TellOfTransactionsAndSpends) {
-    const Coin coin = money(key(1), 20'000);
-    const Transaction tx = payment(coin, key(1), key(2));
-    const std::string unknown(64, 'a');
-    ASSERT_EQ(send("woc", hex(tx)).status, 200);
-    for (const char* end : {"/hex", "/raw"}) {
-        EXPECT_EQ(trim(woc("/tx/" + tx.txid + end).body, "\"", "\"\n"), hex(tx)) << end;
-        EXPECT_EQ(woc("/tx/" + unknown + end).status, 404) << end;
-    }
-    EXPECT_EQ(woc("/tx/" + coin.txid + "/0/spent").json(),
-              (Json{{"txid", tx.txid}, {"vin", 0}, {"status", "unconfirmed"}}));
-    EXPECT_EQ(woc("/tx/" + tx.txid + "/0/spent").status, 404);
-    EXPECT_EQ(woc("/tx/" + unknown + "/0/spent").status, 400);
-    box.chain().mine();
-    EXPECT_EQ(woc("/tx/" + coin.txid + "/0/spent").json()["status"], "confirmed");
-    EXPECT_EQ(woc("/tx/" + tx.txid).json()["confirmations"], 1);
-}
-
 // The same roads on all three services that take a transaction.
 TEST_F(Services, JudgeATransactionEachInItsOwnWords) {
     struct Case {
@@ -218,27 +151,6 @@ TEST_F(Services, JudgeATransactionEachInItsOwnWords) {
     const std::string known = box.chain().txids().back();
     EXPECT_EQ(service_client::get(box.ports().arc, "/v1/tx/" + known).json()["txStatus"], "MINED");
     EXPECT_EQ(service_client::get(box.ports().arc, "/v1/tx/" + std::string(64, 'd')).status, 404);
-}
-
-TEST_F(Services, ALaggingIndexShowsThePastAndTheChainThePresent) {
-    const KeyPair owner = key(5);
-    const Coin coin = money(owner, 33'000);
-    const Transaction tx = payment(coin, owner, owner);
-    ASSERT_EQ(send("home", hex(tx)).status, 200);
-    const auto listed = [&](const std::string& txid) {
-        const std::string lists = woc("/address/" + owner.address + "/unspent").body +
-                                  ordinals("/api/txos/address/" + owner.address + "/unspent").body;
-        return contains(lists, txid);
-    };
-    box.set_index_lag(1);
-    EXPECT_TRUE(listed(coin.txid));
-    EXPECT_FALSE(listed(tx.txid));
-    EXPECT_EQ(woc("/tx/" + tx.txid).status, 200);
-    EXPECT_EQ(woc("/tx/" + coin.txid + "/0/spent").status, 200);
-    EXPECT_TRUE(contains(woc("/address/" + owner.address + "/unconfirmed/history").body, tx.txid));
-    ASSERT_EQ(order("/sandbox/lag", {{"transactions", 0}}).status, 200);
-    EXPECT_FALSE(listed(coin.txid));
-    EXPECT_TRUE(listed(tx.txid));
 }
 
 }  // namespace

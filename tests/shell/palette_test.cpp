@@ -23,10 +23,3 @@ TEST(Palette, AThemeIsFoundByItsExactNameAndAnythingElseIsTheFirst) {
     EXPECT_EQ(theme_name(4), "gold-purple");
     EXPECT_EQ(palette_of(99).accent, palette_of(0).accent);
 }
-
-TEST(Palette, CardsOfTheFirstThemeHaveAColourOfTheirOwn) {
-    EXPECT_EQ(wallet_card_fill(0), 0x2A2436U);
-    EXPECT_EQ(soft_card_fill(0), 0x2A2436U);
-    EXPECT_EQ(wallet_card_fill(2), palette_of(2).card);
-    EXPECT_EQ(soft_card_fill(3), palette_of(3).panel_bg);
-}

@@ -13,14 +13,6 @@ const std::string LOWER = ascii_lower(TXID);
 
 }  // namespace
 
-TEST(ArtTags, KeysAreOutpointsInLowerCase) {
-    for (const std::string end : {"_0", "_12", "_X"})
-        EXPECT_EQ(qv_clasp_art_tag_key(TXID + end), ascii_lower(TXID + end));
-    EXPECT_EQ(qv_clasp_art_tag_key(TXID), LOWER + "_0");
-    for (const std::string& bad : {std::string(), TXID.substr(1), TXID + "_", TXID + ":0", TXID + "0_1"})
-        EXPECT_EQ(qv_clasp_art_tag_key(bad), "") << bad;
-}
-
 TEST(ArtTags, AreKeptInOneFile) {
     const TestHome home;
     EXPECT_EQ(qv_clasp_art_tag_get(TXID), "");

@@ -4,7 +4,6 @@
 
 #include <functional>
 #include <limits>
-#include <map>
 
 #include "base/clock.h"
 #include "tests/support/fake_clock.h"
@@ -141,38 +140,4 @@ TEST(NoteSpend, ShowsAFigureThatDoesNotJump) {
     expect("just within the jump", 3 * M, 3 * M, 1, {4 * M, 0, 4 * M, 3 * M});
     expect("the largest figures", MOST, -1, 0, {MOST, 1, MOST, MOST - 1});
     expect("the largest projection", MOST, MOST, 1, {MOST, 0, MOST, MOST});
-}
-
-TEST(BalanceFace, IsOneLineAndServesTheFirstPaint) {
-    const TestHome home;
-    bind_one_wallet(home);
-    EXPECT_EQ(qv_clasp_cached_balance(), -1) << "no address is known before a load";
-    {
-        const WalletLock lock = qv_clasp_lock_wallet();
-        ASSERT_TRUE(qv_clasp_load());
-        qv_clasp_show_balance(4321);
-    }
-    EXPECT_EQ(home.read(FACE), R"({"address":")" + receive_address(0) + R"(","sats":4321})");
-    EXPECT_EQ(qv_clasp_cached_balance(), 4321);
-    {
-        const WalletLock lock = qv_clasp_lock_wallet();
-        qv_clasp_session().cached_balance = -1;
-    }
-    EXPECT_EQ(qv_clasp_cached_balance(), 4321) << "from the file";
-
-    const std::string own = receive_address(0);
-    const std::string head = R"({"address":")" + own + R"(","sats":)";
-    const std::map<std::string, std::int64_t> faces = {
-        {head + "0}", 0},
-        {head + "7.0}", -1},
-        {head + "\"7\"}", -1},
-        {head + "-5}", -1},
-        {head + "18446744073709551615}", -1},
-        {head, -1},
-        {R"({"sats":7})", -1},
-        {R"({"address":")" + receive_address(1) + R"(","sats":7})", -1}};
-    for (const auto& [content, sats] : faces) {
-        home.write(FACE, content);
-        EXPECT_EQ(qv_clasp_cached_balance(), sats) << content;
-    }
 }

@@ -4,8 +4,6 @@
 
 #include <map>
 
-#include "base/hex.h"
-#include "base/text.h"
 #include "spend/coin_guard.h"
 #include "tests/spend/play_network.h"
 #include "wallet/address.h"
@@ -109,20 +107,6 @@ TEST(Broadcast, IsDoneWhenHomeTookItAndItShows) {
     expect_success("home lies", refuses(R"({"ok":true})", 200), {WOC_TAKES}, SILENT, {1, 0, 9});
 }
 
-TEST(Broadcast, GoesOnToTheChainServiceAtOnceWhereHomeFails) {
-    for (const Turn& home : {SILENT, BUSY, PAGE, refuses(R"({"ok":false})", 200)}) {
-        expect_success("home: " + home.answer.body, home, {WOC_TAKES}, SILENT, {1, 0, 1});
-    }
-}
-
-TEST(Broadcast, TakesTheIdFromTheAnswerOrItsOwn) {
-    for (const std::string answer :
-         {"TXID", "\"TXID\"", R"({"txid":"TXID"})", " \"TXID\" \r\n", "accepted", "[]", ""}) {
-        expect_success(answer, SILENT, {takes(answer)}, SILENT, {1, 0, 1});
-    }
-    expect_success("64 characters that are no id", SILENT, {takes(std::string(64, 'z'))}, SILENT, {1, 0, 1});
-}
-
 TEST(Broadcast, ARefusalOfAKnownTransactionIsLookedInto) {
     for (const std::string answer : {"unexpected response code 500: 257: txn-already-known",
                                      "I already have it", "xmempool-conflicts"}) {
@@ -153,30 +137,6 @@ TEST(Broadcast, TellsWhyNothingWasSent) {
     expect_failure("ARC is busy", {refuses("64: dust\n")}, BUSY,
                    failed + "HTTP 429 – WhatsOnChain is rate-limiting. Wait a few seconds and try again.",
                    {1, 2, 0});
-}
-
-TEST(Broadcast, WaitsBetweenProbesAndNotAfterTheLast) {
-    ReadyPayment payment;
-    payment.net.misses = -1;
-    payment.broadcast();
-    EXPECT_EQ(FakeClock::sleeps(), std::vector<std::int64_t>(3 * 7, 700));
-}
-
-// The submit to the family's host is a courtesy: two seconds, then the chain service. Real time passes here.
-TEST(Broadcast, ASlowHomeHoldsNothingUp) {
-    ReadyPayment payment;
-    payment.net.home_does({{false, {.body = R"({"ok":true})", .delay_ms = 3500}}});
-    EXPECT_EQ(payment.broadcast(), "success: " + payment.expected);
-    EXPECT_EQ(payment.net.posts("/woc/tx/raw"), 1U);
-    EXPECT_EQ(payment.net.probes(), 1U);
-}
-
-TEST(Broadcast, ACoinWithoutATxidIsNotSent) {
-    ReadyPayment payment;
-    payment.coins[0].txid = "?";
-    EXPECT_EQ(payment.broadcast(), "error: serialize failed.");
-    EXPECT_EQ(payment.txid, "");
-    EXPECT_EQ(payment.net.posts(""), 0U);
 }
 
 TEST(ArcVerdict, FollowsTheStatusTable) {
@@ -233,14 +193,4 @@ TEST(ArcVerdict, ReadsWrittenDownAnswers) {
     }
     EXPECT_GE(accepted, 5U);
     EXPECT_GE(refused, 20U);
-}
-
-TEST(MissingInputs, IsToldByThreeWordsInTheirCase) {
-    for (const char* text :
-         {"Missing inputs", "error: 25: missing inputs.", "bad-txns-inputs-missingorspent"}) {
-        EXPECT_TRUE(qv_clasp_is_missing_inputs(text)) << text;
-    }
-    for (const char* text : {"", "Missing Inputs", "MISSINGORSPENT", "missing input"}) {
-        EXPECT_FALSE(qv_clasp_is_missing_inputs(text)) << text;
-    }
 }

@@ -219,24 +219,6 @@ TEST(MempoolTracing, MeetsEitherByteOrderAndGoesOnAfterAFailure) {
               world.found());
 }
 
-TEST(MempoolTracing, AFailureLeavesTheListAndAnInputWithoutANumberMeansTheFirst) {
-    for (const char* body :
-         {"{}", "nothing", R"({"result":"x"})", R"([1,{"tx_hash":"../address"},{"txid":5}])"}) {
-        TracingWorld world;
-        world.fill_mempool(1);
-        world.server.on("GET", HISTORY, body);
-        EXPECT_TRUE(world.fetch()) << body;
-        EXPECT_EQ(1U, world.utxos.size()) << body;
-        EXPECT_EQ(0U, world.server.count("GET", "/woc/tx/")) << body;
-    }
-    TracingWorld world;
-    world.list(ALL, Json::array({coin(txid_of(1000), 0, 5)}));
-    world.list(HISTORY, Json::array({{{"txid", txid_of(1)}}}));
-    world.spend(txid_of(1), {{"txid", txid_of(1000)}});
-    EXPECT_TRUE(world.fetch());
-    EXPECT_TRUE(world.utxos.empty());
-}
-
 TEST(TransactionProbes, KnowMissingUnknownAndSilentApart) {
     const std::string id = txid_of(5);
     const ScriptedAnswer hex{.status = 200, .body = std::string(21, '0')};

@@ -127,31 +127,6 @@ TEST(CollectCoins, PendingChangeComesFirstThenTheChainThenTheIdentity) {
     EXPECT_EQ(key(1, 1), world.candidates()[0]);
 }
 
-TEST(CollectCoins, ALegacyWalletSpendsTheCoinsOfItsAddress) {
-    GuardWorld world(legacy_document("1'/0/5"));
-    GuardWorld::cache(receive_address(5), {{txid_of(1), 0, 300}});
-    GuardWorld::cache(receive_address(0), {{txid_of(2), 0, 300}});
-    GuardWorld::add_pending({txid_of(3), 0, 200}, receive_address(5));
-    EXPECT_TRUE(world.collect());
-    EXPECT_EQ((Keys{key(3), key(1)}), world.candidates());
-    for (const QvClaspCoin& coin : world.coins) {
-        EXPECT_EQ(qv_clasp_hex_encode(one_wallet_key("1'/0/5").priv), coin.priv.view());
-        EXPECT_EQ(qv_clasp_hex_encode(one_wallet_key("1'/0/5").pub), coin.pub);
-    }
-}
-
-TEST(CollectCoins, DropsTheOfferLocksOfSpentCoins) {
-    GuardWorld world;
-    const std::string path = "/atelier/offer_locks_" + ONE_WALLET_ID + ".json";
-    qv_clasp_mark_spent(txid_of(1), 0);
-    world.home.write(path, Json{{"utxos", {txid_of(1) + "_0", txid_of(2) + "_0"}}});
-    GuardWorld::restart();
-    GuardWorld::cache(receive_address(0), {{txid_of(2), 0, 5000}, {txid_of(3), 0, 4000}});
-    EXPECT_TRUE(world.collect());
-    EXPECT_EQ(Keys{key(3)}, world.candidates());
-    EXPECT_EQ(dump_json({{"utxos", {txid_of(2) + "_0"}}}, 2), world.home.read(path));
-}
-
 TEST(CollectCoins, WithoutACandidateTheLastTransactionsAreReadBack) {
     const Json transaction = {
         {"vout", {{{"n", 1}, {"value", 9.998e-5}, {"scriptPubKey", {{"addresses", {receive_address(1)}}}}}}}};
@@ -190,21 +165,6 @@ TEST(ChangeTarget, AvoidsTheOraclesThatTheGuardKnows) {
         EXPECT_TRUE(qv_clasp_change_target(hash160, world.error)) << c.target;
         EXPECT_EQ(c.target, qv_clasp_address_from_hash160(hash160));
         EXPECT_FALSE(qv_clasp_is_house_oracle(""));
-    }
-}
-
-TEST(ChangeTarget, SaysWhyThereIsNone) {
-    for (const Json& document : {document_with_receive(0), legacy_document("1'/0/0")}) {
-        GuardWorld world(document);
-        Settings changed = settings();
-        changed.house_oracles[0].oracle_a = receive_address(0);
-        world.home.use_settings(changed);
-        Hash160 hash160{};
-        EXPECT_FALSE(qv_clasp_change_target(hash160, world.error));
-        EXPECT_EQ("change would land on a house oracle.", world.error);
-        qv_clasp_session().address = "no address";
-        EXPECT_FALSE(qv_clasp_change_target(hash160, world.error));
-        EXPECT_EQ("clasp address decode failed.", world.error);
     }
 }
 

@@ -1,6 +1,4 @@
-#include <atomic>
 #include <mutex>
-#include <thread>
 
 #include "spend/coin_guard.h"
 #include "tests/spend/guard_world.h"
@@ -101,32 +99,6 @@ TEST(RefreshCoins, TheMutexIsFreeDuringTheReadsAndAChangedWalletEndsThem) {
     }
 }
 
-TEST(ReadAddresses, RunAllAtOnceAndStopStartingWhenTheGenerationHasMoved) {
-    GuardWorld world;
-    std::vector<QvClaspAddressRead> reads(4);
-    for (std::size_t i = 0; i < reads.size(); ++i)
-        reads[i].address = receive_address(static_cast<unsigned>(i));
-    world.lock.unlock();
-    qv_clasp_read_addresses(reads, true, qv_clasp_generation() - 1);
-    EXPECT_EQ(0U, world.server.count("GET"));
-    for (const QvClaspAddressRead& read : reads)
-        EXPECT_FALSE(read.read_ok || read.any_ok || read.ordinals_ok);
-
-    // Each first request waits until all addresses have asked: one after another would never get there.
-    std::atomic<std::size_t> arrived{0};
-    world.server.on_any([&](const ScriptedRequest& request, ScriptedAnswer& answer) {
-        answer.body = "[]";
-        if (!request.path.ends_with("/unspent/all")) return true;
-        ++arrived;
-        for (int i = 0; i < 2000 && arrived < reads.size(); ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        return true;
-    });
-    qv_clasp_read_addresses(reads, true, qv_clasp_generation());
-    EXPECT_EQ(reads.size(), arrived);
-    for (const QvClaspAddressRead& read : reads) EXPECT_TRUE(read.read_ok && read.any_ok && read.ordinals_ok);
-}
-
 // 1 is a token, 2 a plain coin; the index has not seen 4 yet, and may know it for a token in a moment.
 TEST(ReadAddresses, ASatoshiThatTheIndexDoesNotShowAsPlainIsNoCandidate) {
     for (const bool tokens_answer : {true, false}) {
@@ -170,25 +142,6 @@ TEST(Resync, TheIndexTakesSpentCoinsBackAndPrunesPendingOnes) {
     EXPECT_FALSE(qv_clasp_is_spent(txid_of(1), 0));
     EXPECT_TRUE(qv_clasp_is_spent(txid_of(2), 0));
     EXPECT_TRUE(qv_clasp_is_spent(txid_of(3), 0));
-}
-
-TEST(Resync, AChangedWalletIsLeftAlone) {
-    GuardWorld world(document_with_receive(0));
-    add_wallet(world.home, "w2", document_with_receive(0));
-    qv_clasp_mark_spent(txid_of(1), 0);
-    world.home.write("/ord_snap/w2_spent.json", Json{{"outpoints", {key(1)}}});
-    const std::string rows = R"([{"txid":")" + txid_of(1) + R"(","vout":0,"satoshis":9000}])";
-    world.server.on_any([&](const ScriptedRequest&, ScriptedAnswer& answer) {
-        const WalletLock lock = qv_clasp_lock_wallet();
-        if (qv_clasp_active_wallet_id() == ONE_WALLET_ID) qv_clasp_wipe_session();
-        qv_clasp_set_active_wallet_id("w2");
-        answer.body = rows;
-        return true;
-    });
-    qv_clasp_resync_from_index(world.lock);
-    EXPECT_TRUE(world.lock.owns_lock());
-    EXPECT_TRUE(qv_clasp_is_spent(txid_of(1), 0));
-    EXPECT_EQ(nullptr, qv_clasp_cache_row(receive_address(0)));
 }
 
 }  // namespace

@@ -106,26 +106,4 @@ TEST(OwnOutputs, AreThoseThatPayThisWalletPlainlyAndAreNew) {
     EXPECT_FALSE(world.ingest(outputs));
 }
 
-TEST(OwnOutputs, AreReadFromEitherForm) {
-    const std::string path = "/woc/tx/" + txid_of(1);
-    const std::string good =
-        dump_json({{"vout", {{{"satoshis", 5}, {"scriptPubKey", paying(receive_address(0))}}, nullptr}}}, -1);
-    struct Case {
-        const char* name;
-        const char* plain;  // null: 404
-        bool added;
-    };
-    for (const Case& c : {Case{"plain", good.c_str(), true}, Case{"decoded", nullptr, true},
-                          Case{"does not parse", "{", false}, Case{"no outputs", R"({"vout":{}})", false}}) {
-        OwnOutputsWorld world;
-        if (c.plain) world.server.on("GET", path, c.plain);
-        world.server.on("GET", path + "/decoded", good);
-        EXPECT_EQ(c.added, qv_clasp_ingest_own_outputs(txid_of(1))) << c.name;
-    }
-    OwnOutputsWorld world;
-    for (const std::string& txid : {std::string(), txid_of(1).substr(1), "x" + txid_of(1).substr(1)})
-        EXPECT_FALSE(qv_clasp_ingest_own_outputs(txid)) << txid;
-    EXPECT_EQ(0U, world.server.count("GET"));
-}
-
 }  // namespace

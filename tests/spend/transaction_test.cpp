@@ -7,7 +7,6 @@
 #include <map>
 
 #include "base/hex.h"
-#include "base/text.h"
 #include "sandbox/chain.h"
 #include "sandbox/keys.h"
 #include "tests/support/test_home.h"
@@ -69,31 +68,6 @@ std::vector<std::int64_t> values_of(const std::vector<QvClaspTxOutput>& outputs)
 }
 
 }  // namespace
-
-TEST(TransactionBytes, IntegersAndPushesTakeTheShortestForm) {
-    const std::vector<std::pair<std::uint64_t, std::string>> compact = {{0, "00"},
-                                                                        {252, "fc"},
-                                                                        {253, "fdfd00"},
-                                                                        {0xffff, "fdffff"},
-                                                                        {0x10000, "fe00000100"},
-                                                                        {0x100000000U, "ff0000000001000000"}};
-    for (const auto& [value, hex] : compact) {
-        Bytes bytes;
-        qv_clasp_write_compact(bytes, value);
-        EXPECT_EQ(qv_clasp_hex_encode(bytes), hex) << value;
-    }
-    const std::vector<std::pair<std::size_t, std::string>> pushes = {
-        {0, "00"},     {1, "01"},       {75, "4b"},         {76, "4c4c"},
-        {255, "4cff"}, {256, "4d0001"}, {0xffff, "4dffff"}, {0x10000, "4e00000100"}};
-    for (const auto& [size, hex] : pushes) {
-        const Bytes data(size, 0xee);
-        Bytes bytes;
-        qv_clasp_write_push(bytes, data.data(), data.size());
-        ASSERT_EQ(bytes.size(), hex.size() / 2 + size);
-        EXPECT_EQ(qv_clasp_hex_encode(bytes.data(), hex.size() / 2), hex) << size;
-        EXPECT_TRUE(std::equal(data.begin(), data.end(), bytes.end() - static_cast<std::ptrdiff_t>(size)));
-    }
-}
 
 TEST(TransactionFee, IsTheSizeAtATenthOfASatoshiRoundedUp) {
     const std::map<std::int64_t, std::int64_t> fees = {
@@ -157,19 +131,6 @@ TEST(Sighash, MatchesPublishedPreimagesOfPlainPayments) {
     }
 }
 
-TEST(Signatures, ACoinWithoutKeysIsSignedWithTheSessionsPair) {
-    const sandbox::KeyPair own = sandbox::key_from_priv(Bytes(32, 0x21));
-    const sandbox::KeyPair session = sandbox::key_from_priv(Bytes(32, 0x22));
-    std::vector<QvClaspCoin> coins = coins_of({1000, 2000});
-    coins[0].priv.assign(qv_clasp_hex_encode(own.priv));
-    coins[0].pub = qv_clasp_hex_encode(own.pub);
-    ASSERT_TRUE(
-        sign_all_inputs(coins, {}, qv_clasp_hex_encode(session.priv), qv_clasp_hex_encode(session.pub)));
-    EXPECT_TRUE(std::equal(own.pub.begin(), own.pub.end(), coins[0].script_sig.end() - 33));
-    EXPECT_TRUE(std::equal(session.pub.begin(), session.pub.end(), coins[1].script_sig.end() - 33));
-    EXPECT_FALSE(sign_all_inputs(coins, {}, "", ""));
-}
-
 TEST(BuildTransaction, PaysTheFirstPrefixThatCovers) {
     using Values = std::vector<std::int64_t>;
     const auto expect = [](const std::string& what, const Values& coins, std::int64_t sats,
@@ -214,15 +175,6 @@ TEST(BuildTransaction, SaysWhatIsMissing) {
     expect({MOST - 5000, 6000}, MOST - 100, "failed to build transaction.");
     expect({-1000}, 1000, "failed to build transaction.");
     expect({1000}, -1, "failed to build transaction.");
-}
-
-TEST(BuildTransaction, PassesOverCandidatesWithoutATxid) {
-    std::vector<QvClaspCoin> coins = coins_of({50'000, 60'000});
-    coins[0].txid = "not a hash";
-    const Built built = build(std::move(coins), 1000);
-    ASSERT_TRUE(built.ok);
-    ASSERT_EQ(built.coins.size(), 1U);
-    EXPECT_EQ(built.coins[0].sats, 60'000);
 }
 
 TEST(BuildTransaction, PutsTheMemoBetweenPaymentAndChange) {

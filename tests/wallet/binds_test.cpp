@@ -4,16 +4,11 @@
 
 #include "tests/support/one_wallet.h"
 #include "wallet/data_root.h"
-#include "wallet/document_path.h"
 
 namespace {
 
 std::string bind_file(const std::string& instance) {
     return "/binds/" + qv_clasp_bind_key(instance) + ".json";
-}
-
-void registry_of(const TestHome& home, std::initializer_list<Json> rows) {
-    home.write("/wallets.json", Json{{"wallets", Json(Json::array_t(rows))}});
 }
 
 }  // namespace
@@ -65,23 +60,4 @@ TEST(Init, ChoosesTheWalletOfTheBindOrTheOnlyOne) {
             EXPECT_EQ(home.read(bind_file("/p")), row.bind) << row.what;
         }
     }
-}
-
-TEST(Binds, OfTwoFoldersAreTwo) {
-    const TestHome home;
-    registry_of(home, {{{"id", "w1"}}, {{"id", "w2"}}});
-    qv_clasp_init("/a", "The Bursaria");
-    qv_clasp_write_bind("w1");
-    qv_clasp_init("/b", "The Bursaria");
-    EXPECT_EQ(qv_clasp_read_bind(), "");
-    qv_clasp_write_bind("w2");
-    qv_clasp_init("/a", "The Bursaria");
-    EXPECT_EQ(qv_clasp_read_bind(), "w1");
-    EXPECT_EQ(qv_clasp_document_path(), home.root() + "/wallets/w1/wallet.json");
-    qv_clasp_write_bind("");
-    EXPECT_EQ(qv_clasp_read_bind(), "w1") << "an empty id binds nothing";
-    qv_clasp_drop_bind();
-    EXPECT_EQ(qv_clasp_read_bind(), "");
-    EXPECT_EQ(qv_clasp_document_path(), home.root() + "/quorvelle_clasp.json");
-    EXPECT_TRUE(home.exists(bind_file("/b")));
 }

@@ -187,19 +187,6 @@ TEST(CoinRecords, WhatCannotBeWrittenIsKeptInMemory) {
     }
 }
 
-TEST(CoinRecords, AnotherWalletFindsOtherFiles) {
-    const RecordsWorld world;
-    qv_clasp_mark_spent(TXID, 0);
-    qv_clasp_set_active_wallet_id("w2");
-    qv_clasp_mark_spent(OTHER, 0);
-    EXPECT_FALSE(qv_clasp_is_spent(TXID, 0));
-    EXPECT_EQ(2U, world.home.read_json("/ord_snap/w2_spent.json")["outpoints"].size());
-    qv_clasp_set_active_wallet_id(ONE_WALLET_ID);
-    qv_clasp_load_spent();
-    EXPECT_TRUE(qv_clasp_is_spent(TXID, 0));
-    EXPECT_FALSE(qv_clasp_is_spent(OTHER, 0));
-}
-
 TEST(PendingCoins, AreWrittenWithoutKeysAndFindThemAgain) {
     const RecordsWorld world;
     const std::string identity = one_wallet_key("100'/0/0").address;
@@ -311,23 +298,6 @@ TEST(OrdinalJudgement, WithoutAnAddressAnyRowCountsAtAnyAge) {
     EXPECT_FALSE(qv_clasp_is_ordinal_anywhere({OTHER, 0, 1}));
     qv_clasp_ord_store("here", {}, true);
     EXPECT_FALSE(qv_clasp_is_ordinal_anywhere({TXID, 0, 5000})) << "a later row replaces the one before";
-}
-
-TEST(CoinCache, IsFreshForEightSecondsUnlessExpiredAndAFailedReadChangesNoRow) {
-    const RecordsWorld world;
-    qv_clasp_cache_store("new", {}, false, true);
-    EXPECT_FALSE(qv_clasp_cache_row("new")->valid || qv_clasp_cache_fresh("new"));
-    qv_clasp_cache_store("here", {{TXID, 0, 10}}, true, false);
-    FakeClock::advance_milliseconds(7999);
-    EXPECT_TRUE(qv_clasp_cache_fresh("here"));
-    qv_clasp_cache_store("here", {}, false, false);
-    EXPECT_EQ(1U, qv_clasp_cache_row("here")->coins.size());
-    FakeClock::advance_milliseconds(1);
-    EXPECT_FALSE(qv_clasp_cache_fresh("here"));
-    qv_clasp_cache_store("here", {{TXID, 0, 10}}, true, false);
-    qv_clasp_expire_cache();
-    EXPECT_FALSE(qv_clasp_cache_fresh("here"));
-    EXPECT_TRUE(qv_clasp_cache_row("here")->valid);
 }
 
 TEST(CoinCache, KeepsOldCoinsIfToldAndAlwaysPendingOnes) {

@@ -66,18 +66,3 @@ TEST(WalletDocumentText, IsWrittenByteForByteAsJsonWouldBe) {
         EXPECT_EQ(wallet_document_text(document).view(), dump_json(whole, 2));
     }
 }
-
-TEST(WalletDocumentText, SurvivesItsFile) {
-    const TestHome home;
-    const std::string path = home.root() + "/wallet.json";
-    WalletDocument document;
-    document.root = {{"show", 1}};
-    document.mnemonic.assign("zoo zoo");
-    ASSERT_TRUE(write_wallet_document(path, wallet_document_text(document).view()));
-    WalletDocument again;
-    ASSERT_TRUE(read_wallet_document(path, again));
-    EXPECT_EQ(again.mnemonic.view(), "zoo zoo");
-    EXPECT_FALSE(read_wallet_document(home.root(), again));
-    EXPECT_FALSE(read_wallet_document(home.root() + "/none", again));
-    EXPECT_FALSE(write_wallet_document(home.root() + "/none/wallet.json", "{}"));
-}

@@ -45,20 +45,6 @@ TEST(SignedMessageDigest, IsThePublishedOne) {
     }
 }
 
-TEST(SignedMessageDigest, HasALengthOfOneOrThreeBytes) {
-    const std::string magic =
-        "\x18"
-        "Bitcoin Signed Message:\n";
-    const std::pair<std::size_t, std::string> rows[] = {
-        {252, "\xFC"}, {253, std::string("\xFD\xFD\0", 3)}, {65536 + 5, std::string("\xFD\x05\0", 3)}};
-    for (const auto& [size, length] : rows) {
-        const std::string text(size, 't');
-        const std::string preimage = magic + length + text;
-        const Bytes bytes(preimage.begin(), preimage.end());
-        EXPECT_EQ(bitcoin_message_digest(text), double_sha256(bytes)) << size;
-    }
-}
-
 TEST(PublicKey, IsRefusedForWhatIsNoKey) {
     for (const std::string& bad : {std::string(), ZERO, ORDER, std::string(64, 'f'), KEY_42.substr(1),
                                    KEY_42 + "0", KEY_42.substr(2), std::string(64, 'g')}) {

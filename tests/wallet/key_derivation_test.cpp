@@ -67,25 +67,6 @@ TEST(Mnemonic, IsValidWhereTheReferenceSaysSo) {
     }
 }
 
-TEST(Mnemonic, OfThePublishedTableCountsWithTwelveWordsOnly) {
-    int accepted = 0;
-    const Json vectors = test_data("bip39_official_trezor.json")["vectors"];
-    for (const Json& row : vectors) {
-        const std::string words = json_text(row, "mnemonic");
-        const bool twelve = std::count(words.begin(), words.end(), ' ') == 11;
-        EXPECT_EQ(mnemonic_words_valid(words), twelve) << words;
-        accepted += twelve ? 1 : 0;
-        SecretBytes<64> seed;
-        ASSERT_TRUE(qv_clasp_hex_decode_into(json_text(row, "seed"), seed.data(), seed.size()));
-        QvClaspExtKey master;
-        ASSERT_TRUE(master_from_seed(seed, master));
-        const QvClaspExtKey expected = extended_key(json_text(row, "bip32_xprv"));
-        EXPECT_EQ(hex(master.key), hex(expected.key));
-        EXPECT_EQ(hex(master.chain_code), hex(expected.chain_code));
-    }
-    EXPECT_GT(accepted, 2);
-}
-
 TEST(Mnemonic, SeparatesWordsByBlanksAndTabsOnly) {
     struct Row {
         const char* what;
@@ -104,14 +85,6 @@ TEST(Mnemonic, SeparatesWordsByBlanksAndTabsOnly) {
           Row{"a zero byte", std::string(1, '\0') + ABOUT, false}}) {
         EXPECT_EQ(mnemonic_words_valid(row.words), row.valid) << row.what;
     }
-}
-
-TEST(Seed, IsOfTheTextByteForByte) {
-    SecretBytes<64> seed;
-    SecretBytes<64> of_capitals;
-    ASSERT_TRUE(seed_from_mnemonic(ABOUT, seed));
-    ASSERT_TRUE(seed_from_mnemonic("A" + ABOUT.substr(1), of_capitals));
-    EXPECT_NE(qv_clasp_hex_encode(seed.data(), 64), qv_clasp_hex_encode(of_capitals.data(), 64));
 }
 
 TEST(KeyDerivation, GivesThePublishedKeysOnThisSystemsPaths) {

@@ -60,18 +60,6 @@ TEST_F(NameRegistry, NormalisesDestinations) {
     }
 }
 
-TEST_F(NameRegistry, ClaimsANameForAnIdentity) {
-    EXPECT_EQ(qv_clasp_registry_claim("@Mira", "02AA", ADDRESS), "");
-    EXPECT_EQ(now(),
-              Json({{"names", {{"mira", {{"pubkey", PUB_A}, {"address", ADDRESS}}}}}, {"self", "mira"}}));
-    EXPECT_EQ(home_.read(FILE_PATH), now().dump(2));
-    EXPECT_EQ(qv_clasp_registry_address("$MIRA"), ADDRESS);
-    EXPECT_EQ(qv_clasp_registry_claim("nils", PUB_A, ""), "");
-    EXPECT_EQ(now()["names"]["nils"], Json({{"pubkey", PUB_A}})) << "no address, no key";
-    EXPECT_EQ(json_text(now(), "self"), "nils");
-    EXPECT_EQ(qv_clasp_registry_address("nils"), "");
-}
-
 TEST_F(NameRegistry, RefusesWhatCannotBeClaimed) {
     const Json before = names({{"mira", {{"pubkey", "02AA"}}}, {"free", {{"address", "x"}}}, {"odd", 5}});
     put(before);
@@ -85,28 +73,6 @@ TEST_F(NameRegistry, RefusesWhatCannotBeClaimed) {
     remove_file(home_.root() + FILE_PATH);
     make_folder(home_.root() + FILE_PATH);
     EXPECT_EQ(qv_clasp_registry_claim("mira", PUB_A, ""), "could not write paymail registry");
-}
-
-TEST_F(NameRegistry, LimitsTheNamesOfAnIdentityByItsRole) {
-    struct Row {
-        const char* role;
-        int limit;
-    };
-    for (const Row& row : {Row{"", 10}, Row{"agent", 10}, Row{"operator", 10}, Row{"king", 10},
-                           Row{"DEV", 20}, Row{"dev", 20}, Row{"Architect", -1}}) {
-        EXPECT_EQ(qv_clasp_role_quota(row.role), row.limit) << row.role;
-        const int owned = row.limit < 0 ? 30 : row.limit;
-        Json registry = names({{"other", {{"pubkey", PUB_B}}}});
-        if (*row.role) registry["host_role"] = row.role;
-        for (int i = 1; i < owned; ++i) registry["names"]["n" + std::to_string(i)] = {{"pubkey", "02AA"}};
-        put(registry);
-        EXPECT_EQ(qv_clasp_registry_claim("last", PUB_A, ""), "") << row.role;
-        const std::string refused =
-            "paymail quota reached (" + std::to_string(row.limit) + " free labels per identity)";
-        EXPECT_EQ(qv_clasp_registry_claim("one-too-many", PUB_A, ""), row.limit < 0 ? "" : refused)
-            << row.role;
-        EXPECT_EQ(qv_clasp_registry_claim("last", PUB_A, ""), "") << "its own name again, at the limit";
-    }
 }
 
 TEST_F(NameRegistry, FindsTheNameOfAnIdentity) {

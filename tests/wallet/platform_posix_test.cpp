@@ -2,7 +2,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/file_replace.h"
 #include "platform/user_data.h"
 #include "tests/support/test_home.h"
 
@@ -48,18 +47,4 @@ TEST(PrivateFolder, IsItsOwnersAlone) {
     create_private_folder(folder);
     ASSERT_EQ(::stat(folder.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0750U) << "what the user has set stays";
-}
-
-TEST(FileReplace, PutsOneFileInThePlaceOfAnother) {
-    const TestHome home;
-    home.write("/new", std::string("new"));
-    home.write("/old", std::string("old"));
-    EXPECT_TRUE(replace_file(home.root() + "/new", home.root() + "/old"));
-    EXPECT_EQ(home.read("/old"), "new");
-    EXPECT_FALSE(home.exists("/new"));
-    EXPECT_FALSE(replace_file(home.root() + "/new", home.root() + "/old")) << "there is nothing to put";
-    EXPECT_EQ(home.read("/old"), "new");
-    EXPECT_TRUE(move_file(home.root() + "/old", home.root() + "/moved"));
-    EXPECT_FALSE(move_file(home.root() + "/moved", home.root() + "/no folder/moved"));
-    EXPECT_EQ(home.read("/moved"), "new");
 }

@@ -5,7 +5,6 @@
 #include "base/hex.h"
 #include "sandbox/service_reply.h"
 #include "tests/support/one_wallet.h"
-#include "wallet/hashes.h"
 #include "wallet/wallet_document.h"
 #include "wallet/wallet_session.h"
 
@@ -22,11 +21,6 @@ void expect_key(const Derived& key, const std::string& path) {
     EXPECT_EQ(key.priv.view(), qv_clasp_hex_encode(expected.priv)) << path;
     EXPECT_EQ(key.pub, qv_clasp_hex_encode(expected.pub)) << path;
     EXPECT_EQ(key.address, expected.address) << path;
-}
-
-void expect_nothing(const Derived& key) {
-    EXPECT_TRUE(key.priv.empty());
-    EXPECT_EQ(key.pub + key.address, "");
 }
 
 Derived left_over() {
@@ -91,28 +85,6 @@ TEST_F(SessionKeys, AreThoseOfTheirPaths) {
     expect_key(key, "102'/0/0");
 }
 
-TEST_F(SessionKeys, AreNotGivenForAnUnknownAccountOrWithoutWords) {
-    load({0, 0, 0, 0, 0, 0});
-    Derived key = left_over();
-    EXPECT_FALSE(qv_clasp_derive_account(6, 0, key.priv, key.pub, key.address));
-    expect_nothing(key);
-    EXPECT_EQ(qv_clasp_account_address(6, 0), "");
-    qv_clasp_wipe_session();
-    qv_clasp_session().hd = true;
-    const QvClaspKeyPath path{{HARDENED | 44U, HARDENED | 236U, HARDENED | 1U, 0, 0}};
-    for (const auto& derive : std::initializer_list<std::function<bool(Derived&)>>{
-             [&](Derived& k) { return qv_clasp_derive(path, k.priv, k.pub, k.address); },
-             [](Derived& k) { return qv_clasp_derive_account(1, 0, k.priv, k.pub, k.address); },
-             [](Derived& k) { return qv_clasp_derive_ordinal_change(0, k.priv, k.pub, k.address); },
-             [](Derived& k) { return qv_clasp_derive_identity(k.priv, k.pub, k.address); }}) {
-        key = left_over();
-        EXPECT_FALSE(derive(key));
-        expect_nothing(key);
-    }
-    EXPECT_FALSE(qv_clasp_derive_addresses());
-    EXPECT_FALSE(finds(receive_address(0), ""));
-}
-
 TEST_F(SessionKeys, AreFoundByAddressUpToEachCounterInclusive) {
     load({2, 5, 0, 1, 0, 3});
     struct Row {
@@ -145,28 +117,6 @@ TEST_F(SessionKeys, AreOwnedFurtherUpOnceTheCounterHasGrown) {
     qv_clasp_session().recv[RECEIVE_ACCOUNT] = 6;
     EXPECT_FALSE(finds(receive_address(7), "")) << "a counter that fell back";
     EXPECT_TRUE(finds(receive_address(6), "1'/0/6"));
-}
-
-TEST_F(SessionKeys, OfOneWalletAreForgottenWithIt) {
-    load({0, 1, 0, 0, 0, 0});
-    EXPECT_TRUE(finds(receive_address(1), "1'/0/1"));
-    add_wallet(home_, "w2", one_wallet_document(OTHER_WORDS));
-    qv_clasp_wipe_session();
-    qv_clasp_set_active_wallet_id("w2");
-    ASSERT_TRUE(qv_clasp_load());
-    EXPECT_FALSE(finds(receive_address(1), ""));
-    EXPECT_TRUE(qv_clasp_owns_address(sandbox::derive(OTHER_WORDS, "m/44'/236'/1'/0/0").address));
-    EXPECT_TRUE(qv_clasp_owns_address(sandbox::derive(OTHER_WORDS, "m/44'/236'/100'/0/0").address));
-}
-
-TEST_F(SessionKeys, TellTheNameRegistryTheOrdinalAddress) {
-    const std::string identity = qv_clasp_hex_encode(one_wallet_key("100'/0/0").pub);
-    home_.write("/quorvelle_paymail.json",
-                Json{{"names", {{"mira", {{"pubkey", identity}}}, {"nils", {{"pubkey", "02ab"}}}}}});
-    load({0, 0, 0, 0, 0, 3});
-    const Json names = home_.read_json("/quorvelle_paymail.json")["names"];
-    EXPECT_EQ(json_text(names["mira"], "ordAddress"), one_wallet_key("5'/0/3").address);
-    EXPECT_FALSE(names["nils"].contains("ordAddress"));
 }
 
 TEST_F(SessionKeys, SignATextAsTheIdentity) {

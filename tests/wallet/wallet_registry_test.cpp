@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/fake_clock.h"
 #include "tests/support/hostile_json.h"
 #include "tests/support/one_wallet.h"
 #include "wallet/data_root.h"
@@ -14,18 +13,6 @@ namespace {
 const Json NO_WALLETS = {{"wallets", Json::array()}};
 
 }  // namespace
-
-TEST(NewId, IsNeverTheSameTwice) {
-    const FakeClock still;
-    const std::string first = qv_clasp_new_id();
-    const std::string second = qv_clasp_new_id();
-    EXPECT_NE(first, second);
-    for (const std::string& id : {first, second}) {
-        EXPECT_EQ(id.front(), 'w');
-        EXPECT_EQ(id.size(), 14U) << id;
-        EXPECT_EQ(id.find_first_not_of("0123456789", 1), std::string::npos) << id;
-    }
-}
 
 TEST(Registry, IsReadAsAnObjectWithWalletsWhateverTheFileHolds) {
     const TestHome home;
@@ -39,15 +26,6 @@ TEST(Registry, IsReadAsAnObjectWithWalletsWhateverTheFileHolds) {
     }
     home.write("/wallets.json", std::string(R"({"wallets": 1, "active": "w2"})"));
     EXPECT_EQ(qv_clasp_read_registry(), Json({{"wallets", Json::array()}, {"active", "w2"}}));
-}
-
-TEST(Registry, IsWrittenIndentedWithALineFeedAndNothingBeside) {
-    const TestHome home;
-    EXPECT_TRUE(qv_clasp_write_registry({{"wallets", {{{"id", "w1"}, {"name", "é"}}}}, {"active", "w1"}}));
-    EXPECT_EQ(home.read("/wallets.json"),
-              "{\n  \"active\": \"w1\",\n  \"wallets\": [\n    {\n      \"id\": \"w1\",\n"
-              "      \"name\": \"é\"\n    }\n  ]\n}\n");
-    EXPECT_FALSE(home.exists("/wallets.json.tmp"));
 }
 
 TEST(Registry, KeepsTheOldFileWhereTheNewOneCannotTakeItsPlace) {

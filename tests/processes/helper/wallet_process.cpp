@@ -3,36 +3,20 @@
 #include <chrono>
 #include <iostream>
 #include <sstream>
-#include <thread>
 
 #include "base/clock.h"
-#include "base/json_file.h"
-#include "base/settings.h"
 #include "base/sinks.h"
 #include "clasp/qv_clasp_wallet.h"
 #include "index/ordinal_listing.h"
 #include "net/http_client.h"
 #include "paymail/paymail_claim.h"
 #include "spend/send.h"
+#include "tests/support/program_settings.h"
 #include "wallet/binds.h"
 #include "wallet/wallet_document.h"
 #include "wallet/wallet_registry.h"
 
 namespace {
-
-void use_endpoints(const Json& file) {
-    Settings changed = settings();
-    changed.woc_base = json_text(file, "woc_base");
-    changed.ordinals_api_base = json_text(file, "ordinals_api_base");
-    changed.ordinals_content_base = json_text(file, "ordinals_content_base");
-    changed.arc_tx_endpoint = json_text(file, "arc_tx_endpoint");
-    changed.home_host = json_text(file, "home_host");
-    changed.home_host_pin.clear();
-    changed.home_domain = json_text(file, "home_domain");
-    changed.tls_ca_file = json_text(file, "tls_ca_file");
-    changed.local_resolver_port = static_cast<int>(json_int(file, "local_resolver_port"));
-    override_settings(changed);
-}
 
 // Waiting takes no time from here on.
 std::int64_t skipped_ms = 0;
@@ -115,9 +99,7 @@ std::string answer(const std::string& line) {
 }  // namespace
 
 int main(int count, char** values) {
-    Json file;
-    if (count < 3 || !read_json_file(values[1], file)) return 2;
-    use_endpoints(file);
+    if (count < 3 || !use_program_settings(values[1])) return 2;
     qv_clasp_set_log_sink([](const std::string& line) { std::cerr << line << std::flush; });
     qv_clasp_set_event_sink([](const std::string& line) { std::cerr << line << '\n' << std::flush; });
     qv_clasp_init(values[2], "The Bursaria");
