@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <thread>
 
 #include "base/json_file.h"
@@ -48,19 +47,6 @@ int wait_for(pid_t program, bool& hung) {
 }
 
 }  // namespace
-
-void write_program_settings(const std::string& path, const Settings& settings) {
-    const Json file{{"woc_base", settings.woc_base},
-                    {"woc_site", settings.woc_site},
-                    {"ordinals_api_base", settings.ordinals_api_base},
-                    {"ordinals_content_base", settings.ordinals_content_base},
-                    {"arc_tx_endpoint", settings.arc_tx_endpoint},
-                    {"home_host", settings.home_host},
-                    {"home_domain", settings.home_domain},
-                    {"tls_ca_file", settings.tls_ca_file},
-                    {"local_resolver_port", settings.local_resolver_port}};
-    write_text_file(path, dump_json(file, 2));
-}
 
 ProgramEnd run_program(const std::string& settings_path, const std::vector<std::string>& arguments,
                        const std::map<std::string, std::string>& environment,

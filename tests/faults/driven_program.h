@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "base/settings.h"
+#include "tests/support/program_settings.h"
 
 struct ProgramEnd {
     bool killed = false;
@@ -16,9 +16,6 @@ struct ProgramEnd {
     std::string out;
     std::string err;
 };
-
-// Writes the endpoints to a file for the program to read.
-void write_program_settings(const std::string& path, const Settings& settings);
 
 // Runs it to its end; `started` is told its process id at once. One that has not ended after two minutes is
 // killed, and its exit status is -2.
