@@ -194,3 +194,21 @@ TEST(ArcVerdict, ReadsWrittenDownAnswers) {
     EXPECT_GE(accepted, 5U);
     EXPECT_GE(refused, 20U);
 }
+
+TEST(MissingInputs, IsToldByThreeWordsInTheirCase) {
+    for (const char* text :
+         {"Missing inputs", "error: 25: missing inputs.", "bad-txns-inputs-missingorspent"}) {
+        EXPECT_TRUE(qv_clasp_is_missing_inputs(text)) << text;
+    }
+    for (const char* text : {"", "Missing Inputs", "MISSINGORSPENT", "missing input"}) {
+        EXPECT_FALSE(qv_clasp_is_missing_inputs(text)) << text;
+    }
+}
+
+TEST(Broadcast, TakesTheIdFromTheAnswerOrItsOwn) {
+    for (const std::string answer :
+         {"TXID", "\"TXID\"", R"({"txid":"TXID"})", " \"TXID\" \r\n", "accepted", "[]", ""}) {
+        expect_success(answer, SILENT, {takes(answer)}, SILENT, {1, 0, 1});
+    }
+    expect_success("64 characters that are no id", SILENT, {takes(std::string(64, 'z'))}, SILENT, {1, 0, 1});
+}

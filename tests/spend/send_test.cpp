@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/hex.h"
+#include "spend/coin_guard.h"
 #include "tests/spend/play_network.h"
 #include "wallet/coin_records.h"
 #include "wallet/wallet_document.h"
@@ -230,6 +231,27 @@ TEST(Send, WhatAServiceTookIsNotReplacedByASecondPayment) {
     EXPECT_FALSE(spent(money, 0)) << result;
 }
 
+// The index is silent too, and the row of the change's address counts as fresh from before: only a new look
+// at the lists tells that the first transaction is out.
+TEST(Send, WhatTheListsShowIsNotPaidAgainWhereTheIndexIsSilent) {
+    PlayNetwork net;
+    net.fund(own(), {90'000, 80'000});
+    std::string error;
+    {
+        WalletLock lock = qv_clasp_lock_wallet();
+        ASSERT_TRUE(qv_clasp_refresh_coins(lock, error)) << error;
+    }
+    net.home_does({hangs_up(true)});
+    net.woc_does({MISSING});
+    net.arc_does({MISSING});
+    net.misses = -1;
+    net.index_answers = false;
+    const std::string txid = txid_in(qv_clasp_send(STRANGER, 1000, ""));
+    EXPECT_EQ(net.owned(STRANGER), 1000);
+    ASSERT_EQ(net.payments().size(), 1U);
+    EXPECT_EQ(net.payments()[0].txid, txid);
+}
+
 TEST(Send, CoinsOfOneSatoshiAreNeverTaken) {
     PlayNetwork net;
     net.fund(own(), {1, 1, 1});
@@ -281,4 +303,15 @@ TEST(Send, SaysWhatIsMissingAfterThreeLooks) {
               "error: insufficient funds. Need 1034 sats, you have 1000 in your Clasp wallet.");
     EXPECT_EQ(net.posts(""), 0U);
     EXPECT_EQ(net.probes(), 0U);
+}
+
+TEST(ConflictText, IsFoundInAnyCase) {
+    for (const char* text :
+         {"258: txn-mempool-conflict", "DOUBLE_SPEND_ATTEMPTED: x", "a Double Spend",
+          "SEEN_IN_ORPHAN_MEMPOOL", "txn-already-in-mempool", "error: TXN-ALREADY-KNOWN"}) {
+        EXPECT_TRUE(is_conflict_text(text)) << text;
+    }
+    for (const char* text : {"", "Missing inputs", "txn-already", "doublespend", "mempool conflict"}) {
+        EXPECT_FALSE(is_conflict_text(text)) << text;
+    }
 }

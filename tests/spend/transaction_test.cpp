@@ -191,3 +191,25 @@ TEST(BuildTransaction, PutsTheMemoBetweenPaymentAndChange) {
         EXPECT_EQ(built.outputs[2].sats, 100'000 - 1000 - built.fee);
     }
 }
+
+TEST(BuildTransaction, PassesOverCandidatesWithoutATxid) {
+    std::vector<QvClaspCoin> coins = coins_of({50'000, 60'000});
+    coins[0].txid = "not a hash";
+    const Built built = build(std::move(coins), 1000);
+    ASSERT_TRUE(built.ok);
+    ASSERT_EQ(built.coins.size(), 1U);
+    EXPECT_EQ(built.coins[0].sats, 60'000);
+}
+
+TEST(Signatures, ACoinWithoutKeysIsSignedWithTheSessionsPair) {
+    const sandbox::KeyPair own = sandbox::key_from_priv(Bytes(32, 0x21));
+    const sandbox::KeyPair session = sandbox::key_from_priv(Bytes(32, 0x22));
+    std::vector<QvClaspCoin> coins = coins_of({1000, 2000});
+    coins[0].priv.assign(qv_clasp_hex_encode(own.priv));
+    coins[0].pub = qv_clasp_hex_encode(own.pub);
+    ASSERT_TRUE(
+        sign_all_inputs(coins, {}, qv_clasp_hex_encode(session.priv), qv_clasp_hex_encode(session.pub)));
+    EXPECT_TRUE(std::equal(own.pub.begin(), own.pub.end(), coins[0].script_sig.end() - 33));
+    EXPECT_TRUE(std::equal(session.pub.begin(), session.pub.end(), coins[1].script_sig.end() - 33));
+    EXPECT_FALSE(sign_all_inputs(coins, {}, "", ""));
+}
