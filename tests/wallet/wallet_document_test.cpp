@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "base/hex.h"
 #include "tests/support/one_wallet.h"
+#include "wallet/coin_records.h"
 #include "wallet/session_keys.h"
 
 namespace {
@@ -13,6 +16,10 @@ const std::string TXID(64, 'a');
 
 sandbox::KeyPair legacy_key() {
     return sandbox::key_from_priv(qv_clasp_hex_decode(LEGACY_PRIV));
+}
+
+bool all_zero(const char* memory, std::size_t size) {
+    return std::all_of(memory, memory + size, [](char byte) { return byte == 0; });
 }
 
 class WalletDocument : public ::testing::Test {
@@ -260,6 +267,40 @@ TEST_F(WalletDocument, IsSummedUpWithoutKeys) {
     ASSERT_TRUE(load(with("paymail", "mira")));
     put({{"mnemonic", "words"}, {"address", "1Other"}});
     EXPECT_EQ(summary(), receive_address(0) + " mira" + domain + " mnemonic") << "a loaded session speaks";
+}
+
+TEST_F(WalletDocument, LeavesNoSecretInMemoryAfterAWipe) {
+    Json document = with("recv", {0, 2});
+    document["paymail"] = "mira";
+    document["ord_owned"] = {{{"origin", "o"}}};
+    document["contacts"] = {{{"dest", "d"}}};
+    ASSERT_TRUE(load(document));
+    ASSERT_TRUE(qv_clasp_owns_address(receive_address(2)));
+    const char* words = session_.mnemonic.view().data();
+    const std::size_t words_size = session_.mnemonic.size();
+    const char* priv = session_.priv.view().data();
+    session_.cached_balance = session_.projected_balance = 5;
+    session_.scan_position = 9;
+    const std::uint64_t generation = qv_clasp_generation();
+
+    qv_clasp_wipe_session();
+    EXPECT_TRUE(all_zero(words, words_size) && all_zero(priv, 64));
+    const auto zero_bytes = [](const auto& bytes) {
+        return all_zero(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    };
+    EXPECT_TRUE(zero_bytes(session_.seed));
+    EXPECT_TRUE(zero_bytes(session_.master.key) && zero_bytes(session_.master.chain_code));
+    for (const QvClaspChainKeys& chain : session_.key_cache.chains) {
+        EXPECT_TRUE(zero_bytes(chain.node.key) && zero_bytes(chain.node.chain_code) && chain.keys.empty());
+    }
+    EXPECT_TRUE(session_.key_cache.places.empty());
+    EXPECT_FALSE(session_.hd || session_.backup || session_.seed_known || session_.master_known);
+    EXPECT_EQ(session_.pub + session_.address + session_.identity_pub + session_.paymail, "");
+    EXPECT_TRUE(session_.ord_owned.empty() && session_.contacts.empty());
+    EXPECT_EQ(session_.recv, (std::array<std::uint32_t, 6>{}));
+    EXPECT_EQ(session_.scan_position, 0U);
+    EXPECT_EQ(session_.cached_balance + session_.projected_balance, -2) << "unknown";
+    EXPECT_EQ(qv_clasp_generation(), generation + 1);
 }
 
 TEST_F(WalletDocument, NamesPerWalletFilesByTheScopeKey) {
