@@ -169,6 +169,21 @@ bool is_utf8(std::string_view text) {
     return true;
 }
 
+std::string shown_text(std::string_view text) {
+    constexpr std::string_view REPLACEMENT = "\xEF\xBF\xBD";
+    std::string shown;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t start = at;
+        char32_t code_point = 0;
+        const bool is_character = next_code_point(text, at, code_point);
+        if (!is_character) at = start + 1;
+        const bool is_control = code_point == 0x7F || (code_point < 0x20 && code_point != U'\t' &&
+                                                       code_point != U'\n' && code_point != U'\r');
+        shown += is_character && !is_control ? text.substr(start, at - start) : REPLACEMENT;
+    }
+    return shown;
+}
+
 std::string replace_unsafe(std::string_view text, std::string_view also_kept) {
     std::string result(text);
     for (char& c : result) {

@@ -28,8 +28,12 @@ bool parse_u64(std::string_view text, unsigned long long& value);
 // Strict conversions: text that is not well formed gives an empty result.
 std::u16string utf16_from_utf8(std::string_view text);
 std::string utf8_from_utf16(std::u16string_view text);
+
 // True if `text` is well-formed UTF-8.
 bool is_utf8(std::string_view text);
+// What a screen can show of a text that others have written: U+FFFD in place of each byte that is no UTF-8
+// and of each control character but tab and line end.
+std::string shown_text(std::string_view text);
 
 // Keeps ASCII letters, digits and the characters of `also_kept`; every other byte becomes "_".
 std::string replace_unsafe(std::string_view text, std::string_view also_kept);

@@ -143,11 +143,17 @@ bool qv_clasp_open_clasp() {
     return !program.empty() && start_program(program, folder);
 }
 
+// The shell of Windows reads no path with slashes and "..".
+static std::string native_path(const std::string& path) {
+    const std::u8string native = utf8_path(path).lexically_normal().make_preferred().u8string();
+    return {native.begin(), native.end()};
+}
+
 std::string find_clasp_program(const std::string& folder) {
     for (const char* name : {"Clasp.exe", "Clasp"}) {
         for (const char* place : {"/", "/../"}) {
             const std::string path = folder + place + name;
-            if (is_program_file(path)) return path;
+            if (is_program_file(path)) return native_path(path);
         }
     }
     return "";

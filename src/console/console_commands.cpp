@@ -3,6 +3,7 @@
 #include <map>
 #include <utility>
 
+#include "base/text.h"
 #include "console/console_answers.h"
 #include "console/console_window.h"
 #include "console/record_commands.h"
@@ -61,8 +62,10 @@ ConsoleAnswer connect(Console& console) {
 
 ConsoleAnswer unbind(Console& console) {
     std::string result;
-    console.round.wallet.unbind = [&result, drop = console.round.wallet.unbind] { return result = drop(); };
+    const auto drop = console.round.wallet.unbind;
+    console.round.wallet.unbind = [&result, &drop] { return result = drop(); };
     on_unbind(console.round);
+    console.round.wallet.unbind = drop;
     return {says_success(result), result, result, result_object(result)};
 }
 
@@ -240,7 +243,7 @@ int give_answer(Console& console, const ConsoleAnswer& answer, bool json) {
     if (json)
         write_line(streams.out, dump_json(answer.object, -1));
     else if (answer.ok)
-        write_line(streams.out, answer.text);
+        write_line(streams.out, shown_text(answer.text));
     streams.out.flush();
     if (!streams.out) {
         console.window.status_line.print("The result could not be written.");

@@ -1,4 +1,6 @@
+#include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "clasp/qv_clasp_wallet.h"
@@ -13,6 +15,11 @@ int main(int count, char** values) {
     ConsoleRequest request;
     if (!accept_request(arguments, streams, request)) return CONSOLE_WRONG_USAGE;
 
+    // Old records lie beside the program, wherever it is started from.
+    std::error_code error;
+    if (!request.csv_file.empty())
+        request.csv_file = std::filesystem::absolute(request.csv_file, error).string();
+    std::filesystem::current_path(program_folder(), error);
     qv_clasp_init(program_folder(), "The Bursaria");
     qv_clasp_http_start();
     int exit_status = CONSOLE_FAILED;

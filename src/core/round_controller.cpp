@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/amounts.h"
+#include "base/text.h"
 #include "core/dividend_split.h"
 #include "core/pay_run.h"
 #include "core/round_display.h"
@@ -244,6 +245,8 @@ void on_set_excluded(Round& round, int row, bool excluded) {
 }
 
 void on_message(Round& round, RoundMessage& message) {
+    // It may end in bytes of a service, and a window shows nothing of a text that is no UTF-8.
+    if (message.text) message.text = shown_text(*message.text);
     switch (message.number) {
         case WM_APP_CONNECT:
             return on_connect_result(round, message);

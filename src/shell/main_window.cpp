@@ -50,7 +50,7 @@ constexpr ChildPlan BELOW_THE_BOARD[] = {
      "Connect Clasp, pick a token, Snapshot, Preview, then Pay.",
      0,
      {16, 586, 560, 22}},
-    {CONTROL_VERSION, ChildKind::Label, "", SS_RIGHT | SS_NOTIFY, {600, 586, 280, 22}},
+    {CONTROL_VERSION, ChildKind::Label, "", SS_RIGHT | SS_NOTIFY | SS_ENDELLIPSIS, {600, 586, 280, 22}},
     {CONTROL_CLOSE, ChildKind::Button, "Close", 0, {16, 630, 724, 36}},
 };
 
@@ -100,7 +100,7 @@ void MainRecord::start_update_worker() {
     shell.round.workers.start_worker([&main = shell.main] {
         const int latest_version = fetch_latest_version();
         if (HWND target = main.load())
-            PostMessageW(target, WM_APP_UPDATE, static_cast<WPARAM>(latest_version + 1), 0);
+            PostMessageW(target, WM_APP_UPDATE, static_cast<WPARAM>(latest_version) + 1, 0);
     });
 }
 
@@ -282,7 +282,7 @@ LRESULT MainRecord::on_message(UINT number, WPARAM first, LPARAM second) {
         case WM_CTLCOLORSTATIC:
             return on_static_colours(reinterpret_cast<HDC>(first), reinterpret_cast<HWND>(second));
         case WM_APP_UPDATE:
-            on_update_result(static_cast<int>(first) - 1);
+            on_update_result(static_cast<int>(first - 1));
             return 0;
         case WM_DESTROY:
             on_destroy();

@@ -116,6 +116,21 @@ void run_until_gone(HWND window) {
 
 }  // namespace
 
+// A long list of payments makes it as high as the screen; its buttons have to be on it.
+static void keep_on_screen(HWND window) {
+    RECT place{};
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof monitor;
+    if (!GetWindowRect(window, &place) ||
+        !GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor))
+        return;
+    const RECT& screen = monitor.rcWork;
+    if (place.bottom <= screen.bottom) return;
+    const int height = std::min<int>(place.bottom - place.top, screen.bottom - screen.top);
+    SetWindowPos(window, nullptr, place.left, screen.bottom - height, place.right - place.left, height,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
 bool show_message_window(Shell& shell, const MessageWindow& message) {
     if (shell.message != nullptr) DestroyWindow(shell.message);
     HWND owner = shell.main.load();
@@ -127,6 +142,7 @@ bool show_message_window(Shell& shell, const MessageWindow& message) {
         fill_slot(shell, shell.message, CLASS_NAME, plan,
                   std::make_unique<MessageRecord>(shell, message, message.confirm ? &confirmed : nullptr));
     if (window == nullptr) return !message.confirm;
+    keep_on_screen(window);
     raise_window(window);
     if (!message.confirm) return true;
     EnableWindow(owner, FALSE);

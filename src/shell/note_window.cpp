@@ -3,6 +3,7 @@
 #include "core/round_display.h"
 #include "core/round_status.h"
 #include "records/holder_notes.h"
+#include "records/record_files.h"
 #include "shell/child_controls.h"
 #include "shell/window_class.h"
 
@@ -30,6 +31,7 @@ struct NoteRecord : WindowRecord {
     std::string name;
     std::string lots;
     bool excluded = false;
+    std::string wallet_key = record_wallet_key();  // whose notes these are
 
     explicit NoteRecord(Shell& of) : WindowRecord(of, of.note) {}
 
@@ -48,6 +50,10 @@ void NoteRecord::on_create() {
 }
 
 void NoteRecord::on_save() {
+    if (record_wallet_key() != wallet_key) {
+        DestroyWindow(window);
+        return;
+    }
     const std::string note = utf8_text(window_text(control(NOTE_TEXT)).substr(0, MOST_READ));
     write_note(token_id, key, name, lots, note);
     refresh_board(shell.round);

@@ -1,5 +1,6 @@
 #include "shell/round_screen.h"
 
+#include "base/text.h"
 #include "shell/board_list.h"
 #include "shell/history_window.h"
 #include "shell/message_window.h"
@@ -27,7 +28,7 @@ void set_text(const Shell& shell, int id, const std::string& text) {
 void fill_token_box(HWND box, const std::vector<std::string>& items, int selected) {
     ComboBox_ResetContent(box);
     for (std::size_t i = 0; i < items.size(); ++i) {
-        const int place = ComboBox_AddString(box, wide_text(items[i]).c_str());
+        const int place = ComboBox_AddString(box, wide_text(shown_text(items[i])).c_str());
         if (place >= 0) ComboBox_SetItemData(box, place, static_cast<LPARAM>(i));
     }
     if (selected >= 0) ComboBox_SetCurSel(box, selected);

@@ -27,7 +27,7 @@ bool offer_dialog_keys(const Shell& shell, MSG& message) {
 
 RoundWorkers shell_workers(Shell& shell) {
     RoundWorkers workers;
-    workers.start_worker = [](std::function<void()> job) { std::thread(std::move(job)).detach(); };
+    workers.start_worker = [](std::function<void()> job) noexcept { std::thread(std::move(job)).detach(); };
     workers.post = [&shell](std::unique_ptr<RoundMessage> message) {
         HWND window = shell.main.load();
         if (window == nullptr) return false;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/text.h"
+#include "records/record_files.h"
 #include "records/vaults.h"
 #include "shell/child_controls.h"
 #include "shell/message_window.h"
@@ -60,6 +62,7 @@ struct VaultRecord : WindowRecord {
     bool create_mode = false;
     std::int64_t value_sats = -1;  // -1: not known
     bool lookup_running = false;
+    std::string wallet_key = record_wallet_key();  // whose vaults these are
 
     explicit VaultRecord(Shell& of) : WindowRecord(of, of.vault) {}
 
@@ -76,11 +79,12 @@ struct VaultRecord : WindowRecord {
 
     std::size_t selected() const;
     std::string text_of(const EditLimit& edit) const;
-    void say(int id, std::string_view text) { set_window_text(control(id), text); }
+    void say(int id, std::string_view text) { set_window_text(control(id), shown_text(text)); }
     void fill_list(std::size_t place);
     void set_create_mode(bool on);
     void show_vault();
     void start_lookup();
+    bool closed_for_other_wallet();
 };
 
 std::size_t VaultRecord::selected() const {
@@ -192,7 +196,15 @@ void VaultRecord::on_vault_chosen() {
     show_vault();
 }
 
+// The file is that of the wallet that is bound now: another wallet's vaults must not be written over.
+bool VaultRecord::closed_for_other_wallet() {
+    if (record_wallet_key() == wallet_key) return false;
+    DestroyWindow(window);
+    return true;
+}
+
 void VaultRecord::on_save() {
+    if (closed_for_other_wallet()) return;
     const VaultEdit edit = save_vault(vaults, text_of(NAME_LIMIT), text_of(ADDRESSES_LIMIT));
     if (edit.changed) {
         save_vaults(vaults);
@@ -205,7 +217,7 @@ void VaultRecord::on_save() {
 }
 
 void VaultRecord::on_add() {
-    if (create_mode) return;
+    if (create_mode || closed_for_other_wallet()) return;
     const VaultEdit edit = add_vault_addresses(vaults, selected(), text_of(PASTE_LIMIT));
     if (edit.changed) {
         save_vaults(vaults);

@@ -45,9 +45,10 @@ inline bool register_class(const Shell& shell, const wchar_t* name, WNDPROC proc
 }
 
 // `Record` has the members `HWND window` and `LRESULT on_message(UINT, WPARAM, LPARAM)`, and frees what it
-// holds in its destructor, which runs at WM_NCDESTROY.
+// holds in its destructor, which runs at WM_NCDESTROY. An exception ends the program: the system would
+// swallow it.
 template <typename Record>
-LRESULT CALLBACK record_procedure(HWND window, UINT message, WPARAM first, LPARAM second) {
+LRESULT CALLBACK record_procedure(HWND window, UINT message, WPARAM first, LPARAM second) noexcept {
     if (message == WM_NCCREATE) {
         auto* record = static_cast<Record*>(reinterpret_cast<CREATESTRUCTW*>(second)->lpCreateParams);
         record->window = window;

@@ -172,6 +172,7 @@ bool qv_clasp_collect_coins(std::vector<QvClaspCoin>& coins_out, std::int64_t& t
         admit_pending_coins(context);
     }
     total_out = context.total;
+    if (coins_out.empty()) error_out = qv_clasp_coin_records().read_error;
     return !coins_out.empty();
 }
 

@@ -38,6 +38,7 @@ struct QvClaspAddressRead {
     std::vector<QvClaspUtxo> coins;
     bool read_ok = false;
     bool any_ok = false;
+    std::string error;  // of a read that is not ok
     OutpointSet ordinals;
     OutpointSet plain;  // what the index lists and sees nothing in
     bool ordinals_ok = false;

@@ -8,8 +8,7 @@ namespace {
 
 // One job: it touches its own row only.
 void read_address(QvClaspAddressRead& read, bool with_ordinals) {
-    std::string error;
-    read.read_ok = qv_clasp_fetch_utxos(read.address, read.coins, error, read.any_ok);
+    read.read_ok = qv_clasp_fetch_utxos(read.address, read.coins, read.error, read.any_ok);
     if (!with_ordinals) return;
     // What an incomplete answer does not list may still carry a token, so it is stored as a failed read.
     bool is_complete = false;
@@ -56,7 +55,9 @@ void qv_clasp_read_addresses(std::vector<QvClaspAddressRead>& reads, bool with_o
 }
 
 void qv_clasp_commit_reads(std::vector<QvClaspAddressRead>& reads) {
+    qv_clasp_coin_records().read_error.clear();
     for (QvClaspAddressRead& read : reads) {
+        if (!read.read_ok) qv_clasp_coin_records().read_error = read.error;
         std::erase_if(read.coins,
                       [](const QvClaspUtxo& coin) { return qv_clasp_is_spent(coin.txid, coin.vout); });
         qv_clasp_cache_store(read.address, read.coins, read.read_ok, !read.any_ok);

@@ -86,11 +86,15 @@ Outcome settle_if_known(const SendRun& run) {
 // A service that lists an output of a transaction knows it, whatever the look-ups said; a further one would
 // pay twice.
 Outcome settle_if_listed(const SendRun& run, const std::vector<QvClaspCoin>& candidates) {
+    const auto is_listed = [](const auto& coins, const std::string& txid) {
+        return std::any_of(coins.begin(), coins.end(),
+                           [&](const auto& coin) { return qv_clasp_same_outpoint(coin.txid, 0, txid, 0); });
+    };
+    // Change that the guard holds back is no candidate, and lies in the row of its address all the same.
+    const QvClaspCoinCacheRow* row = qv_clasp_cache_row(qv_clasp_address_from_hash160(run.change_hash160));
     for (const TriedTx& tx : run.tried) {
-        const bool listed = std::any_of(candidates.begin(), candidates.end(), [&](const QvClaspCoin& coin) {
-            return qv_clasp_same_outpoint(coin.txid, 0, tx.txid, 0);
-        });
-        if (listed) return settle(run, tx);
+        if (is_listed(candidates, tx.txid) || (row != nullptr && is_listed(row->coins, tx.txid)))
+            return settle(run, tx);
     }
     return std::nullopt;
 }
@@ -135,6 +139,8 @@ Outcome after_failed_broadcast(SendRun& run, const std::vector<QvClaspCoin>& cho
     }
     if (qv_clasp_is_missing_inputs(result)) {
         write_off_coins(chosen);
+        // What was read before this transaction went out cannot show it.
+        qv_clasp_expire_cache();
         qv_clasp_resync_from_index(run.wallet_lock);
         // The lock was free meanwhile, and change target and coins are the old wallet's.
         if (!qv_clasp_load() || qv_clasp_scope_key() != run.scope) return "error: wallet changed.";

@@ -79,6 +79,7 @@ struct QvClaspCoinRecords {
     bool index_failed = false;
     std::int64_t index_failed_at_ns = 0;
     std::vector<QvClaspCoinCacheRow> coin_cache;
+    std::string read_error;  // of an address that the last reads got nothing about; empty if there was none
     std::string last_sent_txid;
     std::string last_broadcast_txid;
     // When the last payment was recorded, and from which addresses coins were spent at what time: the status

@@ -98,11 +98,13 @@ void take_left_overs(WalletDocument& document) {
     }
 }
 
+constexpr std::uintmax_t LARGEST_DOCUMENT = 64U << 20U;
+
 bool read_secret_text(const std::string& path, SecretText& text) {
     std::error_code error;
     if (std::filesystem::is_directory(utf8_path(path), error)) return false;
     const std::uintmax_t size = std::filesystem::file_size(utf8_path(path), error);
-    if (error) return false;
+    if (error || size > LARGEST_DOCUMENT) return false;
     std::ifstream file;
     file.rdbuf()->pubsetbuf(nullptr, 0);
     file.open(utf8_path(path), std::ios::binary);
@@ -134,6 +136,30 @@ SecretText with_secret(const SecretText& text, std::string_view key, std::string
     }
     std::copy(after.begin(), after.end(), to);
     return whole;
+}
+
+// A stream's own buffer would keep the words.
+bool write_unbuffered(const std::string& path, std::ios::openmode mode, std::string_view text) {
+    std::ofstream file;
+    file.rdbuf()->pubsetbuf(nullptr, 0);
+    file.open(utf8_path(path), std::ios::binary | mode);
+    if (!file) return false;
+    file.write(text.data(), static_cast<std::streamsize>(text.size()));
+    file.close();
+    return !file.fail();
+}
+
+// In one piece, with blanks over what is left of a longer text, which are cut off then: a program that ends
+// in between leaves one document or the other. Emptied first, the words would be gone.
+bool write_over(const std::string& path, std::string_view text, std::uintmax_t old_size) {
+    SecretText padded;
+    const std::size_t size = std::max(text.size(), static_cast<std::size_t>(old_size));
+    char* const rest = std::copy(text.begin(), text.end(), padded.resize(size));
+    std::fill(rest, rest + (size - text.size()), ' ');
+    if (!write_unbuffered(path, std::ios::in | std::ios::out, padded.view())) return false;
+    std::error_code error;
+    std::filesystem::resize_file(utf8_path(path), text.size(), error);
+    return !error;
 }
 
 }  // namespace
@@ -173,11 +199,8 @@ SecretText wallet_document_text(const WalletDocument& document) {
 }
 
 bool write_wallet_document(const std::string& path, std::string_view text) {
-    std::ofstream file;
-    file.rdbuf()->pubsetbuf(nullptr, 0);
-    file.open(utf8_path(path), std::ios::binary | std::ios::trunc);
-    if (!file) return false;
-    file.write(text.data(), static_cast<std::streamsize>(text.size()));
-    file.close();
-    return !file.fail();
+    std::error_code error;
+    const std::uintmax_t old_size = std::filesystem::file_size(utf8_path(path), error);
+    const bool is_new = error || old_size == 0;
+    return (!is_new && write_over(path, text, old_size)) || write_unbuffered(path, std::ios::trunc, text);
 }

@@ -145,6 +145,13 @@ std::string with_domain(const std::string& paymail) {
     return paymail.empty() ? "" : paymail + "@" + settings().home_domain;
 }
 
+// The wallet program may have sealed the wallet since it was loaded: the words in the clear would undo that.
+bool is_sealed_on_disk(const std::string& path) {
+    WalletDocument document;
+    if (read_wallet_document(path, document)) return is_seal_envelope(document.root);
+    return file_exists(path + ".seal");
+}
+
 // The paths of the files in a folder whose name passes, in the order of the names.
 template <typename Test>
 void append_files(const std::string& folder, Test passes, std::vector<std::string>& paths) {
@@ -152,9 +159,14 @@ void append_files(const std::string& folder, Test passes, std::vector<std::strin
     std::error_code error;
     std::filesystem::directory_iterator entry(utf8_path(folder), error);
     for (const std::filesystem::directory_iterator end; !error && entry != end; entry.increment(error)) {
-        const std::u8string name = entry->path().filename().u8string();
         std::error_code unknown;
-        if (entry->is_regular_file(unknown)) names.emplace_back(name.begin(), name.end());
+        if (!entry->is_regular_file(unknown)) continue;
+        try {
+            const std::u8string name = entry->path().filename().u8string();
+            names.emplace_back(name.begin(), name.end());
+        } catch (const std::system_error&) {
+            // A name that is no text at all is none of the family's.
+        }
     }
     std::sort(names.begin(), names.end());
     for (const std::string& name : names) {
@@ -186,6 +198,7 @@ bool qv_clasp_save() {
     // A session without keys is no wallet: writing it would destroy the one on the disk.
     if (!has_keys(session)) return false;
     const std::string path = qv_clasp_document_path();
+    if (!session.unlocked && is_sealed_on_disk(path)) return false;
     make_folder(path.substr(0, path.rfind('/')));
 
     WalletDocument document;

@@ -11,7 +11,6 @@ TEST(Text, ConvertsWellFormedTextBothWays) {
     for (const std::string& text :
          {""s, "plain"s, "Gr\xC3\xBC\xC3\x9F"s, "\xE6\xBC\xA2\xE5\xAD\x97"s, "\xF0\x9F\x8C\xB1 seed"s,
           "a\0b"s, "\xEF\xBF\xBF"s, "\xF4\x8F\xBF\xBF"s}) {
-        EXPECT_TRUE(is_utf8(text));
         EXPECT_EQ(utf8_from_utf16(utf16_from_utf8(text)), text);
     }
     EXPECT_EQ(utf16_from_utf8("\xF0\x9F\x8C\xB1"), u"\xD83C\xDF31");
@@ -21,8 +20,8 @@ TEST(Text, GivesNothingForTextThatIsNotWellFormed) {
     for (const std::string& text :
          {"\x80"s, "\xC0\xAF"s, "\xC3"s, "\xE0\x80\x80"s, "\xE2\x82"s, "\xED\xA0\x80"s, "\xF0\x80\x80\x80"s,
           "\xF4\x90\x80\x80"s, "\xF8\x88\x80\x80\x80"s, "good\xFF"s, "\xC3("s}) {
-        EXPECT_FALSE(is_utf8(text));
         EXPECT_TRUE(utf16_from_utf8(text).empty());
+        EXPECT_FALSE(utf16_from_utf8(shown_text(text)).empty());
     }
     const std::u16string lone_high(1, static_cast<char16_t>(0xD83C));
     const std::u16string lone_low(1, static_cast<char16_t>(0xDF31));
@@ -43,6 +42,15 @@ TEST(Text, TrimsAndTellsForms) {
     EXPECT_EQ(value, 18446744073709551615ULL);
     for (const char* text : {"", "18446744073709551616", "-1", "1 ", "1x"})
         EXPECT_FALSE(parse_u64(text, value));
+}
+
+TEST(Text, IsShownWithMarksForWhatNoScreenCanShow) {
+    const std::string kept = "Paid 2.\n\tGr\xC3\xBC\xC3\x9F \xE2\x80\x93 \xF0\x9F\x8C\xB1\r\n";
+    EXPECT_EQ(shown_text(kept), kept);
+    EXPECT_EQ(shown_text("cut \xE2\x80"), "cut \xEF\xBF\xBD\xEF\xBF\xBD");
+    EXPECT_EQ(shown_text("a\x1B[2J\x7F"), "a\xEF\xBF\xBD[2J\xEF\xBF\xBD");
+    EXPECT_EQ(shown_text("a\0b"s), "a\xEF\xBF\xBD"s + "b");
+    EXPECT_EQ(shown_text("\xFFz"), "\xEF\xBF\xBDz");
 }
 
 TEST(Hex, AcceptsBothCasesAndRefusesTheRest) {

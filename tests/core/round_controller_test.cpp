@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/settings.h"
+#include "base/text.h"
 #include "records/payout_ledger.h"
 #include "tests/core/fake_round.h"
 
@@ -207,9 +208,12 @@ TEST_F(RoundController, AStoppedPayDropsTheListToo) {
     expect_no_frozen_list();
     EXPECT_EQ(status(), "App fee failed. Holders were not paid.\nerror: no coins");
 
+    deliver(WM_APP_PAY, "Paid 57, stopped on error.\nHTTP 500 \xE2\x80\x93 caf\xC3");
+    EXPECT_EQ(utf16_from_utf8(messages[2].text), u"Paid 57, stopped on error.\nHTTP 500 \u2013 caf\uFFFD");
+
     deliver(WM_APP_PAY, std::nullopt);
     EXPECT_EQ(status(), "Pay finished.");
-    EXPECT_EQ(messages.size(), 2U) << "no window without a text";
+    EXPECT_EQ(messages.size(), 3U) << "no window without a text";
 }
 
 TEST_F(RoundController, ACancelledPayChangesNothing) {

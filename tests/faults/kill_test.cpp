@@ -78,6 +78,8 @@ class Killed : public Journey, public testing::WithParamInterface<Killing> {
     void prepare(bool first_start) {
         if (GetParam().command == std::string("connect")) remove_folder("/binds");
         if (!first_start) return;
+        // As the wallet program made it, so that the run saves it.
+        home.write("/wallets/" + world().main_wallet.id + "/wallet.json", document);
         for (const char* folder : {"/ord_snap", "/ord_cache", "/ord_inbox", "/tx_hist", "/bursaria", "/art"})
             remove_folder(folder);
     }
@@ -270,7 +272,11 @@ class Killed : public Journey, public testing::WithParamInterface<Killing> {
         if (is_at_request()) return static_cast<int>(box->requests().size());
         std::ifstream file(report_path);
         int count = 0;
-        for (std::string line; std::getline(file, line);) ++count;
+        document_moments.clear();
+        for (std::string line; std::getline(file, line);) {
+            ++count;
+            if (line.ends_with("/wallet.json")) document_moments.insert(count);
+        }
         return count;
     }
 
@@ -278,7 +284,8 @@ class Killed : public Journey, public testing::WithParamInterface<Killing> {
         int number = 0;
         bool first_start = false;
     };
-    // All of them, or some: a few of the way to the payments, and more of the end, where money moves.
+    // All of them, or some: a few of the way to the payments, more of the end, where money moves, and each at
+    // which the document with the words is written.
     std::vector<Moment> choose_moments(int& all) {
         std::vector<Moment> moments;
         all = 0;
@@ -290,13 +297,15 @@ class Killed : public Journey, public testing::WithParamInterface<Killing> {
             for (int number = 1; number <= count; ++number) {
                 const int to_end = count - number;
                 const bool at_end = to_end < wanted * last_step && to_end % last_step == 0;
-                if (at_end || number % std::max(1, count * 3 / wanted) == 0)
+                if (at_end || document_moments.contains(number) ||
+                    number % std::max(1, count * 3 / wanted) == 0)
                     moments.push_back({number, first_start});
             }
         }
         return moments;
     }
 
+    std::set<int> document_moments;
     std::set<std::string> had;  // records that existed before the program was killed
     std::string settings_path;
     std::string report_path;

@@ -128,6 +128,21 @@ TEST(Lock, IsSeenInTheDocumentOrBesideIt) {
     }
 }
 
+TEST(SealedWallet, IsNotWrittenOverByASessionFromBefore) {
+    for (const bool beside : {false, true}) {
+        const TestHome home;
+        bind_one_wallet(home, one_wallet_document());
+        const WalletLock lock = qv_clasp_lock_wallet();
+        ASSERT_TRUE(qv_clasp_load());
+        const std::string sealed = some_envelope().dump();
+        home.write(ONE_WALLET_PATH + (beside ? ".seal" : ""), sealed);
+        if (beside) remove_file(home.root() + ONE_WALLET_PATH);
+        EXPECT_FALSE(qv_clasp_save());
+        EXPECT_EQ(home.read(ONE_WALLET_PATH), beside ? "" : sealed);
+        qv_clasp_wipe_session();
+    }
+}
+
 TEST(SealedWallet, OpensAndSavesWithAnUnlockedSession) {
     const TestHome home;
     const Json vector = test_data("seal_vectors.json")["vectors"][0];
