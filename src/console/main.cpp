@@ -3,6 +3,7 @@
 #include <system_error>
 #include <vector>
 
+#include "base/json_file.h"
 #include "clasp/qv_clasp_wallet.h"
 #include "console/console_commands.h"
 #include "core/round_controller.h"
@@ -17,8 +18,10 @@ int main(int count, char** values) {
 
     // Old records lie beside the program, wherever it is started from.
     std::error_code error;
-    if (!request.csv_file.empty())
-        request.csv_file = std::filesystem::absolute(request.csv_file, error).string();
+    if (!request.csv_file.empty()) {
+        const std::u8string whole = std::filesystem::absolute(utf8_path(request.csv_file), error).u8string();
+        request.csv_file.assign(whole.begin(), whole.end());
+    }
     std::filesystem::current_path(program_folder(), error);
     qv_clasp_init(program_folder(), "The Bursaria");
     qv_clasp_http_start();
