@@ -7,6 +7,7 @@
 #include "shell/note_window.h"
 #include "shell/settings_window.h"
 #include "tests/windows/open_shell.h"
+#include "wallet/binds.h"
 
 using testing::ElementsAre;
 
@@ -43,6 +44,20 @@ TEST(MessageWindowOnScreen, ShowsTextAndAtMostTwelveLinks) {
     EXPECT_FALSE(IsWindow(window)) << "a new one takes the old one's place";
     open.press(1302, open.shell.message);
     EXPECT_EQ(open.shell.message, nullptr);
+}
+
+TEST(MessageWindowOnScreen, IsOnTheScreenWithItsButtonsHoweverManyWerePaid) {
+    OpenShell open;
+    show_message_window(open.shell, message_of("Paid 400.", 400, false));
+    RECT place{};
+    RECT screen{};
+    GetWindowRect(open.shell.message, &place);
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &screen, 0);
+    EXPECT_LE(place.bottom, screen.bottom);
+    EXPECT_GE(place.top, screen.top);
+    RECT close{};
+    GetWindowRect(GetDlgItem(open.shell.message, 1302), &close);
+    EXPECT_LE(close.bottom, place.bottom);
 }
 
 TEST(MessageWindowOnScreen, SaysYesOnlyForItsPrimaryButton) {
@@ -131,6 +146,19 @@ TEST(NoteWindow, KeepsANoteThatTheBoardThenShows) {
     set_window_text(GetDlgItem(window, 1452), "asked for monthly");
     open.press(1453, window);
     EXPECT_EQ(cell_of(open.control(1009), 0, 0), "alice  \xC3\x82\xC2\xB7 note");
+}
+
+TEST(NoteWindow, WritesNothingIntoTheFileOfAnotherWallet) {
+    OpenShell open;
+    open.take_snapshot(board().market("alice", "300"));
+    open_note_window(open.shell, 0);
+    const HWND window = open.shell.note;
+    set_window_text(GetDlgItem(window, 1452), "asked for monthly");
+    qv_clasp_set_active_wallet_id("w2");
+    open.press(1453, window);
+    EXPECT_EQ(open.shell.note, nullptr);
+    EXPECT_FALSE(open.home.exists("/bursaria/w2_holder_notes.json"));
+    qv_clasp_set_active_wallet_id("");
 }
 
 TEST(HistoryWindow, ShowsTheLedgerNewestFirstWithItsSums) {
