@@ -125,6 +125,7 @@ TEST_F(Secrets, AreInNoReportNoResultAndNoFileButTheDocument) {
     ASSERT_TRUE(read_text_file(child->log_path(), log));
     EXPECT_TRUE(contains(log, "[QV-CLASP]")) << "no event was written down: " << log;
     EXPECT_EQ(list(scan->in_text(log)), "") << log;
+    box->watch_requests({});
     EXPECT_TRUE(contains(requests, "txhex") && contains(requests, "rawTx")) << "no payment was listened to";
     EXPECT_EQ(list(scan->in_text(requests)), "");
 
