@@ -6,37 +6,16 @@
 #include <array>
 #include <stdexcept>
 
+#include "tests/support/program_settings.h"
 #include "wallet/binds.h"
 #include "wallet/wallet_session.h"
 
 namespace {
 
 Json world_of(sandbox::Sandbox& box) {
-    const Settings served = box.settings_for();
-    return {{"woc_base", served.woc_base},
-            {"api", served.ordinals_api_base},
-            {"content", served.ordinals_content_base},
-            {"arc", served.arc_tx_endpoint},
-            {"home_host", served.home_host},
-            {"home_domain", served.home_domain},
-            {"tls", served.tls_ca_file},
-            {"resolver", served.local_resolver_port},
+    return {{"settings", program_settings(box.settings_for())},
             {"token_id", box.world().token_id},
             {"wallet_id", box.world().main_wallet.id}};
-}
-
-void take_settings(const Json& world) {
-    Settings changed = settings();
-    changed.woc_base = json_text(world, "woc_base");
-    changed.ordinals_api_base = json_text(world, "api");
-    changed.ordinals_content_base = json_text(world, "content");
-    changed.arc_tx_endpoint = json_text(world, "arc");
-    changed.home_host = json_text(world, "home_host");
-    changed.home_host_pin.clear();
-    changed.home_domain = json_text(world, "home_domain");
-    changed.tls_ca_file = json_text(world, "tls");
-    changed.local_resolver_port = static_cast<int>(json_int(world, "resolver"));
-    override_settings(changed);
 }
 
 // The life of the other process: it serves until the pipe closes.
@@ -79,7 +58,7 @@ SandboxProcess::SandboxProcess(const TestHome& home, sandbox::WorldOptions world
     ::close(answer[0]);
     Json served;
     if (!parse_json(text, served)) throw std::runtime_error("the sandbox of the measurement does not start");
-    take_settings(served);
+    take_program_settings(json_member(served, "settings"));
     token_id_ = json_text(served, "token_id");
     wallet_id_ = json_text(served, "wallet_id");
     qv_clasp_init(home.folder() + "/program", "The Bursaria");
