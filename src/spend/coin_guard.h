@@ -36,6 +36,7 @@ std::vector<std::string> qv_clasp_spend_addresses();
 struct QvClaspAddressRead {
     std::string address;
     std::vector<QvClaspUtxo> coins;
+    bool started = false;
     bool read_ok = false;
     bool any_ok = false;
     std::string error;  // of a read that is not ok

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "base/parallel_for.h"
 #include "spend/chain_readers.h"
 #include "spend/coin_guard.h"
@@ -6,8 +8,11 @@
 
 namespace {
 
+constexpr int REFRESH_ROUNDS = 10;
+
 // One job: it touches its own row only.
 void read_address(QvClaspAddressRead& read, bool with_ordinals) {
+    read.started = true;
     read.read_ok = qv_clasp_fetch_utxos(read.address, read.coins, read.error, read.any_ok);
     if (!with_ordinals) return;
     // What an incomplete answer does not list may still carry a token, so it is stored as a failed read.
@@ -57,7 +62,7 @@ void qv_clasp_read_addresses(std::vector<QvClaspAddressRead>& reads, bool with_o
 void qv_clasp_commit_reads(std::vector<QvClaspAddressRead>& reads) {
     qv_clasp_coin_records().read_error.clear();
     for (QvClaspAddressRead& read : reads) {
-        if (!read.read_ok) qv_clasp_coin_records().read_error = read.error;
+        if (!read.error.empty() && !read.read_ok) qv_clasp_coin_records().read_error = read.error;
         std::erase_if(read.coins,
                       [](const QvClaspUtxo& coin) { return qv_clasp_is_spent(coin.txid, coin.vout); });
         qv_clasp_cache_store(read.address, read.coins, read.read_ok, !read.any_ok);
@@ -74,19 +79,24 @@ bool qv_clasp_refresh_coins(WalletLock& wallet_lock, std::string& error_out) {
         return false;
     }
     const std::string scope = qv_clasp_scope_key();
-    const std::uint64_t generation = qv_clasp_generation();
-    std::vector<QvClaspAddressRead> reads = stale_addresses();
-    if (reads.empty()) return true;
-    wallet_lock.unlock();
-    // A payment takes the coins, not the index: an address that is read here loses its ordinal row, and every
-    // coin of one satoshi at it is held back.
-    qv_clasp_read_addresses(reads, false, generation);
-    wallet_lock.lock();
-    if (!is_same_wallet(scope)) {
-        error_out = "wallet changed.";
-        return false;
+    // A payment that another thread records meanwhile stops the reads; with a part of the coins this one
+    // would pay from too few, and show too low a balance.
+    for (int round = 0; round < REFRESH_ROUNDS; ++round) {
+        std::vector<QvClaspAddressRead> reads = stale_addresses();
+        if (reads.empty()) return true;
+        const std::uint64_t generation = qv_clasp_generation();
+        wallet_lock.unlock();
+        // A payment takes the coins, not the index: an address that is read here loses its ordinal row, and
+        // every coin of one satoshi at it is held back.
+        qv_clasp_read_addresses(reads, false, generation);
+        wallet_lock.lock();
+        if (!is_same_wallet(scope)) {
+            error_out = "wallet changed.";
+            return false;
+        }
+        qv_clasp_commit_reads(reads);
+        if (std::ranges::all_of(reads, &QvClaspAddressRead::started)) return true;
     }
-    qv_clasp_commit_reads(reads);
     return true;
 }
 
