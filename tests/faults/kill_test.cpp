@@ -21,6 +21,9 @@ namespace {
 
 constexpr const char* POT = "0.01";
 constexpr int ALL_MOMENTS = 1'000'000;
+// Hundreds of runs pay more than the wallet begins with.
+constexpr std::int64_t LOW_SATS = 50'000'000;
+constexpr std::int64_t ENOUGH_SATS = 500'000'000;
 
 int moments_wanted() {
     const char* wish = std::getenv("BURSARIA_LONG_TESTS");
@@ -322,6 +325,8 @@ TEST_P(Killed, LosesNothingAndPaysAgain) {
         if (HasFailure()) break;
         SCOPED_TRACE(testing::Message()
                      << "moment " << moment.number << (moment.first_start ? ", first start" : ""));
+        if (wallet_sats() < LOW_SATS)
+            chain().fund({{ENOUGH_SATS, p2pkh_script(world().main_wallet.receive(0).hash160)}});
         prepare(moment.first_start);
         note_files();
         const std::size_t mark = chain().txids().size();
