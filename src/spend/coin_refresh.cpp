@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr int REFRESH_ROUNDS = 10;
+constexpr int REFRESH_ROUNDS = 3;
 
 // One job: it touches its own row only.
 void read_address(QvClaspAddressRead& read, bool with_ordinals) {
@@ -80,16 +80,17 @@ bool qv_clasp_refresh_coins(WalletLock& wallet_lock, std::string& error_out) {
     }
     const std::string scope = qv_clasp_scope_key();
     // A payment that another thread records meanwhile stops the reads; with a part of the coins this one
-    // would pay from too few, and show too low a balance.
+    // would pay from too few, and show too low a balance. The last round lets nobody come between.
     for (int round = 0; round < REFRESH_ROUNDS; ++round) {
         std::vector<QvClaspAddressRead> reads = stale_addresses();
         if (reads.empty()) return true;
         const std::uint64_t generation = qv_clasp_generation();
-        wallet_lock.unlock();
+        const bool alone = round == REFRESH_ROUNDS - 1;
+        if (!alone) wallet_lock.unlock();
         // A payment takes the coins, not the index: an address that is read here loses its ordinal row, and
         // every coin of one satoshi at it is held back.
         qv_clasp_read_addresses(reads, false, generation);
-        wallet_lock.lock();
+        if (!alone) wallet_lock.lock();
         if (!is_same_wallet(scope)) {
             error_out = "wallet changed.";
             return false;
