@@ -20,7 +20,7 @@ int main(int count, char** values) {
     std::error_code error;
     if (!request.csv_file.empty()) {
         const std::u8string whole = std::filesystem::absolute(utf8_path(request.csv_file), error).u8string();
-        request.csv_file.assign(whole.begin(), whole.end());
+        if (!error) request.csv_file.assign(whole.begin(), whole.end());
     }
     std::filesystem::current_path(program_folder(), error);
     qv_clasp_init(program_folder(), "The Bursaria");

@@ -1,5 +1,7 @@
 #include "console/status_line.h"
 
+#include "base/text.h"
+
 void StatusLine::show(const std::string& text) {
     const std::string line = text.substr(0, text.find('\n'));
     if (streams_.err_is_terminal) {
@@ -17,7 +19,7 @@ void StatusLine::show(const std::string& text) {
 
 void StatusLine::print(const std::string& text) {
     end_line();
-    streams_.err << text;
+    streams_.err << shown_text(text);
     if (!text.ends_with('\n')) streams_.err << '\n';
     streams_.err.flush();
 }

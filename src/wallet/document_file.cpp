@@ -201,6 +201,6 @@ SecretText wallet_document_text(const WalletDocument& document) {
 bool write_wallet_document(const std::string& path, std::string_view text) {
     std::error_code error;
     const std::uintmax_t old_size = std::filesystem::file_size(utf8_path(path), error);
-    const bool is_new = error || old_size == 0;
+    const bool is_new = error || old_size == 0 || old_size > LARGEST_DOCUMENT;
     return (!is_new && write_over(path, text, old_size)) || write_unbuffered(path, std::ios::trunc, text);
 }
