@@ -252,6 +252,17 @@ TEST(Send, WhatTheListsShowIsNotPaidAgainWhereTheIndexIsSilent) {
     EXPECT_EQ(net.payments()[0].txid, txid);
 }
 
+TEST(Send, AnEmptyHandSaysWhyTheListsWereNotRead) {
+    PlayNetwork net;
+    net.fund(own(), {90'000});
+    net.lists_answer = false;
+    const std::string result = qv_clasp_send(STRANGER, 1000, "");
+    EXPECT_TRUE(result.starts_with("error: you have 0 in your Clasp wallet. (HTTP ")) << result;
+    EXPECT_TRUE(result.ends_with(")")) << result;
+    net.lists_answer = true;
+    EXPECT_NE(txid_in(qv_clasp_send(STRANGER, 1000, "")), "") << "nothing is remembered of it";
+}
+
 TEST(Send, CoinsOfOneSatoshiAreNeverTaken) {
     PlayNetwork net;
     net.fund(own(), {1, 1, 1});
